@@ -1,0 +1,183 @@
+#ifndef STRINGRESOLVER_HOST_DATALABLETYPE_H
+#define STRINGRESOLVER_HOST_DATALABLETYPE_H
+
+#include <cstdint>
+#include <list>
+#include <string>
+#include <utility>
+#include <vector>
+
+/// The host's description of a type or of a label.
+///
+/// A record is a tree of values: it owns its lists, and a copy shares nothing with its source.
+/// Trees may be as deep as a type has stars, so copying, comparing and destroying walk them with a
+/// worklist and never recurse on the machine's stack.
+///
+/// docs/EMBEDDING.md says which shapes of record make ordinary C expressions come out right.
+class DataLableType {
+ public:
+  /// Name of the type or label; in a `Members` list, the member's name.
+  std::string Name;
+  /// Array type: the first entry of `Members` is the element type. Reading an array yields its
+  /// address, never memory contents.
+  bool IsArray = false;
+  /// Pointer type: the first entry of `Members` is the pointee type.
+  bool IsPointer = false;
+  /// The value at hand is the address of the object, whose contents are still to be read.
+  bool IsAddress = false;
+  /// Size of one object of the type, in bytes.
+  std::uint32_t Size = 8;
+  /// In a `Members` list: the member's offset in bytes from the start of its structure.
+  std::uint32_t Offset = 0;
+  /// Members of a structure; for a pointer or an array its first entry is the pointee or element.
+  std::list<DataLableType> Members;
+  /// Names of further types, asked of the host, that are searched for a member after `Members`.
+  std::list<std::string> NestedTypes;
+  /// Signed integer type: the sign is bit `Size` * 8 - 1.
+  bool IsSigned = false;
+  /// Single-precision floating type.
+  bool IsFloat = false;
+  /// Double-precision floating type.
+  bool IsDouble = false;
+  /// Free for the host: carried and copied with the record, compared, never acted on.
+  bool ExtraFlag = false;
+  /// The target's pointer size in bytes: what `FormPointer` writes into its result's `Size`.
+  /// Travels with the record, so programs of different pointer sizes live in one process. It is a
+  /// property of the target, not of the type, and does not take part in comparisons.
+  std::uint32_t PointerSize = 8;
+
+  DataLableType() = default;
+
+  DataLableType(const DataLableType& other) {
+    CopyOwnFields(other);
+    CopyMembers(other);
+  }
+
+  /// Leaves `other` valid, with empty name and lists.
+  DataLableType(DataLableType&& other) noexcept
+      : Name(std::move(other.Name)),
+        IsArray(other.IsArray),
+        IsPointer(other.IsPointer),
+        IsAddress(other.IsAddress),
+        Size(other.Size),
+        Offset(other.Offset),
+        Members(std::move(other.Members)),
+        NestedTypes(std::move(other.NestedTypes)),
+        IsSigned(other.IsSigned),
+        IsFloat(other.IsFloat),
+        IsDouble(other.IsDouble),
+        ExtraFlag(other.ExtraFlag),
+        PointerSize(other.PointerSize) {}
+
+  ~DataLableType() {
+    // Each record's children join the queue before the record goes, so no destructor that runs
+    // here finds any members left: depth costs neither stack nor memory.
+    std::list<DataLableType> pending;
+    pending.splice(pending.end(), Members);
+    while (!pending.empty()) {
+      pending.splice(pending.end(), pending.front().Members);
+      pending.pop_front();
+    }
+  }
+
+  /// Assigns, and returns a copy of the assigned record by value: that is the shape hosts compile
+  /// against. Where the copy is not wanted, `Swap` is cheaper.
+  // NOLINTNEXTLINE(misc-unconventional-assign-operator,
+  // cppcoreguidelines-c-copy-assignment-signature)
+  DataLableType operator=(DataLableType other) {
+    Swap(other);
+    return *this;
+  }
+
+  /// Exchanges two records without copying either. `other` may be part of this record's own tree
+  /// only if the caller has moved it out first.
+  void Swap(DataLableType& other) noexcept {
+    std::swap(Name, other.Name);
+    std::swap(IsArray, other.IsArray);
+    std::swap(IsPointer, other.IsPointer);
+    std::swap(IsAddress, other.IsAddress);
+    std::swap(Size, other.Size);
+    std::swap(Offset, other.Offset);
+    Members.swap(other.Members);
+    NestedTypes.swap(other.NestedTypes);
+    std::swap(IsSigned, other.IsSigned);
+    std::swap(IsFloat, other.IsFloat);
+    std::swap(IsDouble, other.IsDouble);
+    std::swap(ExtraFlag, other.ExtraFlag);
+    std::swap(PointerSize, other.PointerSize);
+  }
+
+  /// True when any field but `PointerSize` differs, lists included, at any depth.
+  // NOLINTNEXTLINE(performance-unnecessary-value-param): the shape hosts compile against.
+  bool operator!=(DataLableType other) const { return !SameTree(*this, other); }
+
+  bool operator==(const DataLableType& other) const { return SameTree(*this, other); }
+
+  /// A pointer to this type: `IsPointer` set, `Size` the target's pointer size, this type as the
+  /// only entry of `Members`, all else default.
+  DataLableType FormPointer() const& { return DataLableType(*this).FormPointer(); }
+
+  /// The same, with this record moved into the result instead of copied.
+  DataLableType FormPointer() && {
+    DataLableType pointer;
+    pointer.IsPointer = true;
+    pointer.Size = PointerSize;
+    pointer.PointerSize = PointerSize;
+    pointer.Members.push_back(std::move(*this));
+    return pointer;
+  }
+
+ private:
+  using Pair = std::pair<const DataLableType*, DataLableType*>;
+
+  void CopyOwnFields(const DataLableType& other) {
+    Name = other.Name;
+    IsArray = other.IsArray;
+    IsPointer = other.IsPointer;
+    IsAddress = other.IsAddress;
+    Size = other.Size;
+    Offset = other.Offset;
+    NestedTypes = other.NestedTypes;
+    IsSigned = other.IsSigned;
+    IsFloat = other.IsFloat;
+    IsDouble = other.IsDouble;
+    ExtraFlag = other.ExtraFlag;
+    PointerSize = other.PointerSize;
+  }
+
+  void CopyMembers(const DataLableType& other) {
+    if (other.Members.empty()) return;
+    std::vector<Pair> pending{{&other, this}};
+    while (!pending.empty()) {
+      const auto [from, to] = pending.back();
+      pending.pop_back();
+      for (const DataLableType& member : from->Members) {
+        to->Members.emplace_back();
+        to->Members.back().CopyOwnFields(member);
+        if (!member.Members.empty()) pending.emplace_back(&member, &to->Members.back());
+      }
+    }
+  }
+
+  static bool SameOwnFields(const DataLableType& a, const DataLableType& b) {
+    return a.Name == b.Name && a.IsArray == b.IsArray && a.IsPointer == b.IsPointer &&
+           a.IsAddress == b.IsAddress && a.Size == b.Size && a.Offset == b.Offset &&
+           a.IsSigned == b.IsSigned && a.IsFloat == b.IsFloat && a.IsDouble == b.IsDouble &&
+           a.ExtraFlag == b.ExtraFlag && a.NestedTypes == b.NestedTypes &&
+           a.Members.size() == b.Members.size();
+  }
+
+  static bool SameTree(const DataLableType& first, const DataLableType& second) {
+    std::vector<std::pair<const DataLableType*, const DataLableType*>> pending{{&first, &second}};
+    while (!pending.empty()) {
+      const auto [a, b] = pending.back();
+      pending.pop_back();
+      if (!SameOwnFields(*a, *b)) return false;
+      auto other = b->Members.begin();
+      for (const DataLableType& member : a->Members) pending.emplace_back(&member, &*other++);
+    }
+    return true;
+  }
+};
+
+#endif  // STRINGRESOLVER_HOST_DATALABLETYPE_H

@@ -1,0 +1,113 @@
+#include <string>
+#include <utility>
+
+#include "resolver/StringParametersResolving.h"
+#include "resolver/ValueText.h"
+
+namespace {
+
+constexpr int kAccessRow = 1;
+constexpr int kMergeRow = 3;
+
+}  // namespace
+
+int TStringResolver::FirstRaw(AreaBlock* left, AreaBlock* right, int relation, int row) {
+  switch (relation) {
+    case kMember:
+    case kPointerMember:
+      if (row != kAccessRow) return kPairNotMine;
+      left->MemberBlock = right;
+      if (left->Type.IsAddress) ReplaceByFirstMember(&left->Type);
+      if (relation == kPointerMember) {
+        // A pointer that cannot be read leaves an address of 0, and the member is sought from
+        // there.
+        ReadThroughAddress(left);
+        left->ReferenceLevel += 1;
+      }
+      if (!ProcessLocationAreaAsMember(left)) return kPairFailed;
+      break;
+    case kTypeMerge:
+      if (row != kMergeRow) return kPairNotMine;
+      MergeTypes(left, right);
+      break;
+    default:
+      return kPairNotMine;
+  }
+  right->IsConsumed = true;
+  return kPairFolded;
+}
+
+/// Gives the left block the type of whichever of the two has one, and the value of the last
+/// resolution.
+void TStringResolver::MergeTypes(AreaBlock* left, const AreaBlock* right) {
+  if (right->Type != defaultType) {
+    DataLableType merged = left->Type != defaultType ? defaultType : right->Type;
+    left->Type.Swap(merged);
+  }
+  left->Value = resultValue;
+  left->AreaText = resolver::WriteUnsigned(resultValue);
+  left->MemorySpace |= right->MemorySpace;
+}
+
+bool TStringResolver::ProcessLocationAreaAsMember(AreaBlock* block) {
+  if (!SolveSquareBracets(block)) return false;
+  if (block->Type.IsAddress) ReadThroughAddress(block);
+  if (block->MemberBlock == nullptr) {
+    return Fail("Internal error. The needed structure field isn`t specified");
+  }
+  const AreaBlock& nameBlock = *block->MemberBlock;
+  DataLableType member;
+  bool found = SearchMembers(&block->Type, nameBlock.AreaText, &member);
+  for (const std::string& nested : block->Type.NestedTypes) {
+    if (found) break;
+    bool unknown = false;
+    DataLableType type = parentInterface->GetTypeDescription(nested, &unknown);
+    if (unknown) return Fail("Unknown type: ", nested);
+    found = SearchMembers(&type, nameBlock.AreaText, &member);
+  }
+  if (!found) return Fail("The specified field isn`t found in structure of type");
+
+  block->Value += member.Offset;
+  block->AreaText = resolver::WriteUnsigned(block->Value);
+  DataLableType location = std::move(member).FormPointer();
+  location.IsAddress = true;
+  block->Type.Swap(location);
+  block->AfterText += nameBlock.AfterText;
+  return true;
+}
+
+/// Walks the members in order, each one's own name before its inside: a name inside an earlier
+/// member comes before the same name later in the list.
+bool TStringResolver::SearchMembers(DataLableType* type, const std::string& name,
+                                    DataLableType* found) {
+  for (DataLableType& member : type->Members) {
+    if (member.Name == name) {
+      DataLableType copy = member;
+      found->Swap(copy);
+      return true;
+    }
+    if (RecusivlyCheckForStructFealds(&member, name, found)) return true;
+  }
+  return false;
+}
+
+bool TStringResolver::RecusivlyCheckForStructFealds(DataLableType* type, std::string name,
+                                                    DataLableType* found) {
+  const auto findIn = [&](const std::list<DataLableType>& members) {
+    for (const DataLableType& member : members) {
+      if (member.Name != name) continue;
+      DataLableType copy = member;
+      found->Swap(copy);
+      return true;
+    }
+    return false;
+  };
+  if (findIn(type->Members)) return true;
+  for (const std::string& nested : type->NestedTypes) {
+    bool unknown = false;
+    const DataLableType description = parentInterface->GetTypeDescription(nested, &unknown);
+    if (unknown) return Fail("Unknown type: ", nested);
+    if (findIn(description.Members)) return true;
+  }
+  return false;
+}

@@ -1,0 +1,90 @@
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+#include "resolver/Markers.h"
+#include "resolver/StringParametersResolving.h"
+#include "resolver/ValueText.h"
+
+namespace {
+
+/// The type of the second memory space's words, which the host describes.
+constexpr const char* kSecondSpaceType = "ZV_Lorn";
+
+/// "/" and ":" stand on either side of the digits and count as well. The comparison is signed, so
+/// bytes above 0x7f never begin a literal.
+bool IsFloatingLiteral(const std::string& text) {
+  const auto first = static_cast<signed char>(text.empty() ? '\0' : text.front());
+  return first > '.' && first <= ':' && text.find_first_of(",.") != std::string::npos;
+}
+
+}  // namespace
+
+bool TStringResolver::ZeroRaw(AreaBlock* block) {
+  block->MemberBlock = nullptr;
+  block->ReferenceLevel = -1;
+  block->MemorySpace = 0;
+  if (!FindStringParameter(&block->AreaText, &block->AfterText, "[", "]")) return false;
+  if (block->IsMemberName) {
+    if (block->BeforeText.empty()) return true;
+    return Fail("Internal error. Unknown command ", block->BeforeText);
+  }
+  const auto marks = static_cast<std::size_t>(
+      std::count(block->AreaText.begin(), block->AreaText.end(), resolver::kMemorySpaceMark));
+  if (marks > 0) {
+    std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kMemorySpaceMark, '*');
+    block->MemorySpace = 1;
+    block->BeforeText.insert(0, marks, '*');
+  }
+
+  DataLableType untyped = defaultType;
+  untyped.Size = 8;
+  parentInterface->LabelTyped = false;
+  parentInterface->LabelType.Swap(untyped);
+  if (IsFloatingLiteral(block->AreaText)) {
+    ReadFloatingLiteral(block);
+  } else if (!LookUpLabel(block)) {
+    return false;
+  }
+  TypeOperand(block);
+
+  if (block->MemorySpace != 0) {
+    std::string typeText = kSecondSpaceType;
+    typeText += resolver::kTypeStarMark;
+    RegisterType(&typeText);
+    DataLableType pointer = savedTypes.back();
+    block->Type.Swap(pointer);
+    block->HasCastType = true;
+  }
+  return SolveSquareBracets(block);
+}
+
+bool TStringResolver::LookUpLabel(AreaBlock* block) {
+  std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kProtectedPoint, '.');
+  bool undefined = false;
+  bool confirmed = false;
+  block->Value = parentInterface->FindLabel(block->AreaText.c_str(), &undefined, &confirmed);
+  allLabelsConfirmed = allLabelsConfirmed && confirmed;
+  if (undefined) return Fail("Undefined label ", block->AreaText);
+  return true;
+}
+
+/// Literals are single precision, however many digits they have.
+void TStringResolver::ReadFloatingLiteral(AreaBlock* block) {
+  RestoreFloatingPointStr(&block->AreaText);
+  block->DoubleValue = resolver::ReadDouble(block->AreaText);
+  block->FloatValue = static_cast<float>(block->DoubleValue);
+  block->Value = resolver::TruncateToUnsigned(static_cast<double>(block->FloatValue));
+  block->ValueKind = 1;
+}
+
+/// Settles the operand's type: a sub-result's own before the label's, the default for neither.
+void TStringResolver::TypeOperand(AreaBlock* block) {
+  const bool labelTyped = parentInterface->LabelTyped;
+  if (!block->HasCastType) {
+    DataLableType type = labelTyped ? parentInterface->LabelType.FormPointer() : defaultType;
+    block->Type.Swap(type);
+    block->HasCastType = true;
+  }
+  if (labelTyped) block->Type.IsAddress = true;
+}

@@ -1,0 +1,122 @@
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "resolver/StringParametersResolving.h"
+#include "resolver/ValueText.h"
+
+namespace {
+
+enum class BracketMatch { kFound, kNoClose, kWrongOrder, kRefused };
+
+/// Takes every top-level group out of `*text`, from an `open` to the `close` that matches it, which
+/// list characters. `take` gets each with its brackets, in order, and ends the walk by returning
+/// false; then, or when brackets do not match, the groups so far are gone from `*text`.
+///
+/// A close before the first open bracket, but for one at position 0, is in the wrong order: that is
+/// what tells misplaced brackets from missing ones.
+template <typename Take>
+BracketMatch TakeGroups(std::string* text, const char* open, const char* close, Take take) {
+  std::string kept;
+  std::size_t copied = 0;
+  std::size_t checked = 1;
+  auto match = BracketMatch::kFound;
+  std::size_t first = 0;
+  while ((first = text->find_first_of(open, copied)) != std::string::npos) {
+    kept.append(*text, copied, first - copied);
+    copied = first;
+    if (kept.find_first_of(close, std::exchange(checked, std::max(checked, kept.size()))) !=
+        std::string::npos) {
+      match = BracketMatch::kWrongOrder;
+      break;
+    }
+    std::size_t last = first;
+    std::size_t nested = first;
+    do {
+      last = text->find_first_of(close, last + 1);
+      nested = text->find_first_of(open, nested + 1);
+    } while (last != std::string::npos && nested != std::string::npos && nested <= last);
+    if (last == std::string::npos) {
+      match = BracketMatch::kNoClose;
+      break;
+    }
+    copied = last + 1;
+    if (!take(std::string_view(*text).substr(first, copied - first))) {
+      match = BracketMatch::kRefused;
+      break;
+    }
+  }
+  kept.append(*text, copied);
+  text->swap(kept);
+  return match;
+}
+
+}  // namespace
+
+bool TStringResolver::FindStringParameter(std::string* source, std::string* collected,
+                                          const char* open, const char* close) {
+  std::string groups;
+  const auto keep = [&groups](std::string_view group) {
+    groups += group;
+    return true;
+  };
+  switch (TakeGroups(source, open, close, keep)) {
+    case BracketMatch::kNoClose:
+      return Fail("Can`t find ']' symbol");
+    case BracketMatch::kWrongOrder:
+      return Fail("Symbols '[' and ']' are placed in wrong order");
+    default:
+      collected->insert(0, groups);
+      return true;
+  }
+}
+
+bool TStringResolver::SolveSquareBracets(AreaBlock* block) {
+  std::vector<std::uint64_t> subscripts;
+  if (!SolveSubscripts(&block->AfterText, &subscripts)) return false;
+  if (!subscripts.empty()) {
+    // A read that fails leaves an address of 0, and the subscripts are applied to that.
+    if (block->Type.IsAddress) ReadThroughAddress(block);
+    for (std::size_t i = 0; i < subscripts.size(); ++i) {
+      if (i > 0) ReadThroughAddress(block);
+      const DataLableType& type = block->Type;
+      const std::uint32_t elementSize = type.IsArray ? FirstMember(type).Size : type.Size;
+      block->Value += subscripts[i] * elementSize;
+      block->AreaText = resolver::WriteUnsigned(block->Value);
+    }
+    DataLableType location = std::move(block->Type).FormPointer();
+    location.IsAddress = true;
+    block->Type.Swap(location);
+    block->ReferenceLevel = -1;
+  }
+  block->AreaText = resolver::WriteValue(*block);
+  return true;
+}
+
+/// Takes every bracket group out of `*text` and evaluates it. All are evaluated before the first is
+/// applied, so a failing one leaves the block's value as it was.
+bool TStringResolver::SolveSubscripts(std::string* text, std::vector<std::uint64_t>* subscripts) {
+  const auto solve = [&](std::string_view group) {
+    const std::string subscript(group.substr(1, group.size() - 2));
+    if (subscript.empty()) return Fail("Quotes are empty");
+    TStringResolver nested(parentInterface);
+    if (!nested.SolveStringOfElements(subscript)) return false;
+    subscripts->push_back(nested.resultValue);
+    return true;
+  };
+  switch (TakeGroups(text, "[", "]", solve)) {
+    case BracketMatch::kNoClose:
+      return Fail("Can`t find ending quote ']'");
+    case BracketMatch::kWrongOrder:
+      return Fail("Quotes are placed in wrong order");
+    case BracketMatch::kRefused:
+      return false;
+    case BracketMatch::kFound:
+      return true;
+  }
+  return true;
+}

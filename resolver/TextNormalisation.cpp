@@ -1,0 +1,111 @@
+#include <array>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "resolver/Markers.h"
+#include "resolver/StringParametersResolving.h"
+
+namespace {
+
+// The order decides which of two keywords wins that start at the same place.
+constexpr std::array<std::string_view, 8> kBasicTypeKeywords = {
+    "double", "float", "long", "int", "short", "char", "unsigned", "signed"};
+
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+/// Where the first keyword worth a look ends. Each keyword's start is held against the end of the
+/// one chosen so far, so of "unsigned int" it is "unsigned" that is stepped over: a type's first
+/// word needs no mark before it.
+std::size_t EndOfLeadingKeyword(const std::string& text) {
+  std::size_t end = std::string::npos;
+  for (const std::string_view keyword : kBasicTypeKeywords) {
+    const std::size_t start = text.find(keyword);
+    if (start < end) end = start + keyword.size();
+  }
+  return end;
+}
+
+void ReplaceAll(std::string* text, std::string_view pattern, std::string_view replacement) {
+  for (std::size_t at = text->find(pattern); at != std::string::npos;
+       at = text->find(pattern, at + replacement.size())) {
+    text->replace(at, pattern.size(), replacement);
+  }
+}
+
+/// Replaces each `exponent` that belongs to a token beginning with a digit. Tokens end at
+/// delimiters, to which the replaced sign no longer belongs.
+void ProtectExponents(std::string* text, const char* delimiters, std::string_view exponent,
+                      std::string_view replacement) {
+  std::size_t token = 0;
+  std::size_t scanned = 0;
+  for (std::size_t at = text->find(exponent); at != std::string::npos;
+       at = text->find(exponent, at + 1)) {
+    const std::size_t delimiter =
+        std::string_view(*text).substr(scanned, at - scanned).find_last_of(delimiters);
+    if (delimiter != std::string_view::npos) token = scanned + delimiter + 1;
+    scanned = at;
+    if (token < at && IsDigit((*text)[token])) text->replace(at, exponent.size(), replacement);
+  }
+}
+
+}  // namespace
+
+void TStringResolver::ProcessBasickTypes(std::string* text) {
+  std::size_t position = EndOfLeadingKeyword(*text);
+  if (position == std::string::npos) return;
+  // Where each keyword comes next; looked for again only once the position has passed it.
+  std::array<std::size_t, kBasicTypeKeywords.size()> next{};
+  std::string marked;
+  std::size_t copied = 0;
+  for (;;) {
+    std::size_t begin = std::string::npos;
+    std::size_t end = std::string::npos;
+    for (std::size_t i = 0; i < next.size(); ++i) {
+      if (next[i] < position) {
+        next[i] = text->find(kBasicTypeKeywords[i], position);
+      }
+      if (next[i] < begin) {
+        begin = next[i];
+        end = begin + kBasicTypeKeywords[i].size();
+      }
+    }
+    if (begin == std::string::npos) break;
+    position = end;
+    if ((*text)[begin - 1] == ' ') {
+      marked.append(*text, copied, begin - 1 - copied);
+      marked += resolver::kKeywordBlank;
+      copied = begin;
+      // The mark is two bytes longer than the blank, and the search goes on where the keyword's end
+      // was without it.
+      position -= resolver::kKeywordBlank.size() - 1;
+    }
+  }
+  if (copied == 0) return;
+  marked.append(*text, copied);
+  text->swap(marked);
+}
+
+bool TStringResolver::CheckFloatingPointStr(std::string* text) {
+  for (std::size_t at = text->find('.'); at != std::string::npos; at = text->find('.', at + 1)) {
+    if (at > 0 && at + 1 < text->size() && IsDigit((*text)[at + 1])) {
+      (*text)[at] = resolver::kProtectedPoint;
+    }
+  }
+  ProtectExponents(text, delimitersWithParentheses, resolver::kExponentPlus,
+                   resolver::kProtectedExponentPlus);
+  ProtectExponents(text, delimitersWithParentheses, resolver::kExponentMinus,
+                   resolver::kProtectedExponentMinus);
+  return false;
+}
+
+bool TStringResolver::RestoreFloatingPointStr(std::string* text) {
+  ReplaceAll(text, resolver::kProtectedExponentPlus, resolver::kExponentPlus);
+  ReplaceAll(text, resolver::kProtectedExponentMinus, resolver::kExponentMinus);
+  for (char& c : *text) {
+    if (c == resolver::kProtectedPoint) c = '.';
+  }
+  return false;
+}

@@ -1,0 +1,39 @@
+#ifndef STRINGRESOLVER_RESOLVER_VALUETEXT_H
+#define STRINGRESOLVER_RESOLVER_VALUETEXT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "model/AreaBlock.h"
+
+namespace resolver {
+
+// Numbers to text and back: what a string stream in the classic locale gives, whatever the
+// process's locale is. Reading skips white space, takes the longest start that can belong to a
+// number and ignores the rest; what holds no number reads as 0.
+
+/// A decimal number, possibly signed: "-1" is 2^64 - 1. One too large for 64 bits reads as 2^64 -
+/// 1.
+std::uint64_t ReadUnsigned(std::string_view text);
+
+/// A decimal floating number. One too large reads as the largest finite one; "inf", "nan" and an
+/// exponent without digits read as 0.
+double ReadDouble(std::string_view text);
+float ReadFloat(std::string_view text);
+
+std::string WriteUnsigned(std::uint64_t value);
+
+/// Six significant digits, as in "0.333333" or "1e+10".
+std::string WriteFloating(double value);
+
+/// The block's live value.
+std::string WriteValue(const AreaBlock& block);
+
+/// Truncates toward zero. NaN gives 0; a negative value its two's complement, at or below -2^63 the
+/// pattern of -2^63; a value at or above 2^64 gives all ones.
+std::uint64_t TruncateToUnsigned(double value);
+
+}  // namespace resolver
+
+#endif  // STRINGRESOLVER_RESOLVER_VALUETEXT_H
