@@ -186,6 +186,9 @@ bool TStringResolver::FoldPairs(std::list<AreaBlock>* blocks, PairRow rowFunctio
       if (fetches && (passedOwesRead || owesRead(*left))) {
         left = blocks->begin();
         passedOwesRead = false;
+      } else if (fetches && left != blocks->begin()) {
+        // What the skipped start would still have done.
+        RestoreFloatingPointStr(&left->AreaText);
       }
     } else {
       passedOwesRead = passedOwesRead || owesRead(*left);

@@ -11,6 +11,11 @@
 
 namespace {
 
+/// Subscripts are reduced before they get here, so a nested resolver meets a plain value. Only a
+/// text with ")" right behind "[" nests resolvers; this many take some 250 kB of the machine's
+/// stack. One more fails like any subscript that cannot be resolved.
+constexpr int kDeepestNesting = 100;
+
 enum class BracketMatch { kFound, kNoClose, kWrongOrder, kRefused };
 
 /// Takes every top-level group out of `*text`, from an `open` to the `close` that matches it, which
@@ -103,7 +108,9 @@ bool TStringResolver::SolveSubscripts(std::string* text, std::vector<std::uint64
   const auto solve = [&](std::string_view group) {
     const std::string subscript(group.substr(1, group.size() - 2));
     if (subscript.empty()) return Fail("Quotes are empty");
+    if (nesting_ == kDeepestNesting) return false;
     TStringResolver nested(parentInterface);
+    nested.nesting_ = nesting_ + 1;
     if (!nested.SolveStringOfElements(subscript)) return false;
     subscripts->push_back(nested.resultValue);
     return true;

@@ -192,6 +192,8 @@ class TStringResolver {
 
   /// The saved type last looked up; null outside of a resolution.
   SavedTypeFinger* finger_ = nullptr;
+  /// How many resolvers this one is nested in.
+  int nesting_ = 0;
 };
 
 #endif  // STRINGRESOLVER_RESOLVER_STRINGPARAMETERSRESOLVING_H

@@ -4,7 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/FakeHost.h"
@@ -77,6 +79,41 @@ TEST(LongText, ShapesThatAreErrors) {
           {"", "#", "1", "", "error: Can`t do the dereference operation with this type"},
       },
       100'000);
+}
+
+/// A ")" right behind "[" closes the group that the bracket opens, and so the bracket is left to a
+/// nested resolver; as many of them, to as many.
+std::string NestedResolvers(std::size_t depth) {
+  std::string text = "a";
+  for (std::size_t level = 1; level <= depth; ++level) {
+    text += "[" + std::string(level, ')') + "a";
+  }
+  return text + std::string(depth, ']');
+}
+
+/// Takes any text for a label, and counts the resolvers that are built on it.
+class CredulousHost : public FakeHost {
+ public:
+  std::string GetFileName() override {
+    ++resolvers;
+    return "a.c";
+  }
+  std::uint64_t FindLabel(const char*, bool*, bool* confirmed) override {
+    *confirmed = true;
+    return 1;
+  }
+  std::size_t resolvers = 0;
+};
+
+TEST(LongText, NestedResolversAreBounded) {
+  const std::vector<std::pair<std::size_t, std::size_t>> resolversOfDepth = {
+      {1, 2}, {10, 11}, {99, 100}, {100, 101}, {101, 101}, {500, 101}};
+  for (const auto& [depth, resolvers] : resolversOfDepth) {
+    CredulousHost host;
+    host.quiet = true;
+    Resolve(host, NestedResolvers(depth));
+    EXPECT_EQ(host.resolvers, resolvers) << depth;
+  }
 }
 
 TEST(LongText, SixteenMebibytes) {

@@ -23,7 +23,9 @@ std::string Decimal(Number value) {
   return std::string(digits.begin(), end);
 }
 
-std::string Quoted(std::string_view text) { return "\"" + Visible(text) + "\""; }
+std::string Quoted(std::string_view text) {
+  return "\"" + Visible(text) + "\"";
+}
 
 }  // namespace
 
@@ -184,7 +186,9 @@ std::uint64_t FakeHost::FindLabel(const char* text, bool* undefined, bool* confi
   return numeral.value_or(0);
 }
 
-void FakeHost::Reserved() { Enter("Reserved()"); }
+void FakeHost::Reserved() {
+  Enter("Reserved()");
+}
 
 void FakeHost::ReadMemory(std::uint64_t first, std::uint64_t last, std::uint16_t memorySpace,
                           std::uint8_t one, std::string* text, std::uint32_t count, bool isFloat,
@@ -193,10 +197,10 @@ void FakeHost::ReadMemory(std::uint64_t first, std::uint64_t last, std::uint16_t
   Require(first == last, "ReadMemory: one object, so first and last are the same");
   Require(one == 1 && count == 1, "ReadMemory: the two constants are 1");
   Require(text->empty(), "ReadMemory: *text is empty before the call");
-  const bool fail = Enter("ReadMemory(" + Hex(first) + ", " + Hex(last) + ", " +
-                          Decimal(unsigned{memorySpace}) + ", " + Decimal(unsigned{one}) + ", " +
-                          Decimal(count) + ", float=" + (isFloat ? "1" : "0") +
-                          ", double=" + (isDouble ? "1" : "0") + ")");
+  const bool fail =
+      Enter("ReadMemory(" + Hex(first) + ", " + Hex(last) + ", " + Decimal(unsigned{memorySpace}) +
+            ", " + Decimal(unsigned{one}) + ", " + Decimal(count) +
+            ", float=" + (isFloat ? "1" : "0") + ", double=" + (isDouble ? "1" : "0") + ")");
   if (fail) return;
   const auto answer = answers_.find({memorySpace, first});
   if (answer != answers_.end()) {

@@ -22,8 +22,8 @@ struct CallRow {
   std::vector<std::string> calls;
 };
 
-/// What a resolution gave, as one text: value and size in bytes (`7/8`, `-5/4`), a floating value in
-/// its shortest form (`1.5f/8`), ` #` behind either when it lies in the second memory space, or
+/// What a resolution gave, as one text: value and size in bytes (`7/8`, `-5/4`), a floating value
+/// in its shortest form (`1.5f/8`), ` #` behind either when it lies in the second memory space, or
 /// `error: ` and the message.
 std::string Outcome(const TStringResolver& resolver, bool succeeded);
 

@@ -66,8 +66,8 @@ void LoadArrays(FakeHost& host) {
 void LoadStructures(FakeHost& host) {
   const TypeKit& t = host.types;
   const DataLableType inner = t.Stub("struct In", 8);
-  host.AddType("struct In", t.Struct("struct In", 8, {t.Field("x", 0, t.Signed(4)),
-                                                      t.Field("y", 4, t.Signed(4))}));
+  host.AddType("struct In", t.Struct("struct In", 8,
+                                     {t.Field("x", 0, t.Signed(4)), t.Field("y", 4, t.Signed(4))}));
   const DataLableType outer = t.Stub("struct S", 24);
   host.AddType("struct S", t.Struct("struct S", 24,
                                     {t.Field("a", 0, t.Signed(4)), t.Field("b", 4, t.Signed(4)),

@@ -15,7 +15,9 @@ DataLableType TypeKit::Signed(std::uint32_t size) const {
   return type;
 }
 
-DataLableType TypeKit::Unsigned(std::uint32_t size) const { return Plain(size); }
+DataLableType TypeKit::Unsigned(std::uint32_t size) const {
+  return Plain(size);
+}
 
 DataLableType TypeKit::Single() const {
   DataLableType type = Plain(4);

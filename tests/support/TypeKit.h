@@ -34,8 +34,8 @@ class TypeKit {
                                      const std::vector<DataLableType>& fields) const;
   [[nodiscard]] DataLableType Field(const std::string& name, std::uint32_t offset,
                                     DataLableType type) const;
-  /// A field that is a structure itself: the stub one level further in, so that the inner fields are
-  /// not found before later fields of the outer structure.
+  /// A field that is a structure itself: the stub one level further in, so that the inner fields
+  /// are not found before later fields of the outer structure.
   [[nodiscard]] DataLableType Shell(const std::string& name, std::uint32_t offset,
                                     const DataLableType& stub) const;
 
