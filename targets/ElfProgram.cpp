@@ -1,0 +1,313 @@
+#include "targets/ElfProgram.h"
+
+#include <algorithm>
+#include <set>
+#include <utility>
+
+#include "targets/DwarfFile.h"
+#include "targets/DwarfIndex.h"
+#include "targets/DwarfText.h"
+#include "targets/DwarfTypes.h"
+#include "targets/DwarfUnits.h"
+#include "targets/ElfFile.h"
+#include "targets/ElfMemory.h"
+#include "targets/ElfSymbols.h"
+#include "targets/Error.h"
+#include "targets/LabelChoice.h"
+#include "targets/Texts.h"
+#include "targets/TypeLookup.h"
+#include "targets/TypeNames.h"
+
+namespace targets {
+namespace {
+
+/// On these machines a plain `char` has no sign.
+bool PlainCharIsSigned(const ElfFile& file) {
+  switch (file.Header().e_machine) {
+    case EM_ARM:
+    case EM_AARCH64:
+    case EM_PPC:
+    case EM_PPC64:
+    case EM_S390:
+    case EM_RISCV:
+      return false;
+    default:
+      return true;
+  }
+}
+
+TargetLayout LayoutOf(const ElfFile& file) {
+  TargetLayout layout;
+  layout.pointerSize = file.PointerSize();
+  layout.order = file.Order();
+  layout.highestAddress = file.HighestAddress();
+  layout.plainCharIsSigned = PlainCharIsSigned(file);
+  return layout;
+}
+
+/// Everything that is read from debug information.
+struct DebugInfo {
+  DebugInfo(const ElfFile& program, const TargetLayout& layout, Damage* damage)
+      : file(program),
+        units(file, damage),
+        index(file, units, damage),
+        types(file, index, layout),
+        choice(program, units, types),
+        lookup(file, units) {}
+
+  DwarfFile file;
+  DwarfUnits units;
+  DwarfIndex index;
+  DwarfTypes types;
+  LabelChoice choice;
+  TypeLookup lookup;
+};
+
+using Listings = std::set<std::pair<std::string, std::string>>;
+
+void VisitAll(const Listings& listings, const std::function<void(const Listing&)>& visit) {
+  for (const auto& [name, detail] : listings) visit(Listing{name, detail});
+}
+
+/// A detail that cannot be read is said in its place, and does not hide the rest of the list.
+template <typename Describe>
+std::string DetailOrError(Describe describe) {
+  try {
+    return describe();
+  } catch (const Error& error) {
+    return error.what();
+  }
+}
+
+}  // namespace
+
+struct ElfProgram::Parts {
+  explicit Parts(const std::string& path)
+      : file(path), layout(LayoutOf(file)), memory(file), symbols(file) {
+    try {
+      debug.emplace(file, layout, &damage);
+    } catch (const Error& error) {
+      damage = error;
+    }
+    if (debug && debug->units.Count() == 0) debug.reset();
+    if (!debug && !symbols.Any()) {
+      if (damage) throw Error(*damage);
+      throw Error(ErrorCode::kNoNames,
+                  "the program '" + path + "' has no debug information and no symbols");
+    }
+    if (debug) ChooseFirstFile();
+  }
+
+  void ChooseFirstFile() {
+    IndexTable& table = debug->index.Global();
+    for (std::uint32_t n = table.names.First("main"); n != NameTable::kNone;
+         n = table.names.Next(n)) {
+      const IndexEntry& entry = table.entries[n];
+      if (entry.kind != EntryKind::kFunction || entry.isDeclaration) continue;
+      debug->units.MakeCurrent(entry.unit);
+      return;
+    }
+    if (const auto first = debug->units.FirstSource()) debug->units.MakeCurrent(*first);
+  }
+
+  std::string CurrentFile() const {
+    if (!debug) return chosenFile;
+    const std::optional<std::uint32_t> unit = debug->units.Current();
+    return unit ? std::string(debug->units.At(*unit).name) : chosenFile;
+  }
+
+  bool HasLabel(std::string_view name) {
+    if (debug && LabelChoice::Defines(name, debug->index.Global())) return true;
+    return symbols.Has(name);
+  }
+
+  /// Where `name` is found as a type outside functions. A name that stands alone and is also a
+  /// label is a type only where the current source file makes it one.
+  bool HasGlobalType(std::string_view name) {
+    const bool alone = name.find(' ') == name.npos && CanonicalBasicType(name).empty();
+    if (debug) {
+      if (const auto found = debug->lookup.Find(name, debug->index.Global())) {
+        return !alone || found->isCurrent || !HasLabel(name);
+      }
+    }
+    return BasicTypeRecord(layout, name).has_value();
+  }
+
+  std::optional<Dwarf_Die> TypeEntry(std::string_view name) {
+    if (auto found = debug->lookup.Find(name, debug->index.Global())) return found->die;
+    if (!CanonicalBasicType(name).empty()) return std::nullopt;
+    if (auto found = debug->lookup.Find(name, debug->index.Local())) return found->die;
+    return std::nullopt;
+  }
+
+  std::optional<Label> SymbolLabel(std::string_view name) {
+    const std::optional<ElfSymbol> symbol = symbols.Find(name, CurrentFile());
+    if (!symbol) return std::nullopt;
+    if (symbol->isThreadLocal) {
+      throw Error(ErrorCode::kNotRepresented,
+                  "'" + std::string(name) +
+                      "' is thread-local: every thread has its own, at an address of its own");
+    }
+    Label label;
+    label.kind = symbol->isFunction ? LabelKind::kFunction : LabelKind::kSymbol;
+    label.value = symbol->value;
+    return label;
+  }
+
+  ElfFile file;
+  TargetLayout layout;
+  ElfMemory memory;
+  ElfSymbols symbols;
+  Damage damage;
+  std::optional<DebugInfo> debug;
+  /// What the user called the current file of a program that names none.
+  std::string chosenFile;
+  std::vector<MemberRemark> noRemarks;
+};
+
+ElfProgram::ElfProgram(const std::string& path) : parts_(std::make_unique<Parts>(path)) {}
+
+ElfProgram::~ElfProgram() = default;
+
+MemorySource& ElfProgram::Memory() {
+  return parts_->memory;
+}
+
+void ElfProgram::SetCurrentFile(const std::string& name) {
+  if (parts_->debug && parts_->debug->units.FirstSource()) {
+    parts_->debug->units.MakeCurrent(name);
+  } else {
+    parts_->chosenFile = name;
+  }
+}
+
+std::vector<std::string> ElfProgram::SourceFiles() const {
+  return parts_->debug ? parts_->debug->units.SourceFiles() : std::vector<std::string>{};
+}
+
+std::uint32_t ElfProgram::PointerSize() const {
+  return parts_->layout.pointerSize;
+}
+
+ByteOrder ElfProgram::Order() const {
+  return parts_->layout.order;
+}
+
+std::string ElfProgram::CurrentFile() const {
+  return parts_->CurrentFile();
+}
+
+bool ElfProgram::CurrentFileIsAssembly() const {
+  if (parts_->debug) {
+    const std::optional<std::uint32_t> unit = parts_->debug->units.Current();
+    if (unit && parts_->debug->units.At(*unit).language != 0) {
+      return parts_->debug->units.IsAssembly(*unit);
+    }
+  }
+  return LabelSource::CurrentFileIsAssembly();
+}
+
+std::optional<Label> ElfProgram::FindLabel(std::string_view name) {
+  if (parts_->debug) {
+    if (auto label = parts_->debug->choice.Find(name, parts_->debug->index.Global())) return label;
+  }
+  std::optional<Label> symbol = parts_->SymbolLabel(name);
+  std::optional<IndexEntry> declaration;
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    declaration = debug.choice.FindDeclaration(name, debug.index.Global());
+    // Defined in a source without debug information, declared in one with it.
+    if (symbol && declaration) return debug.choice.Typed(name, *declaration, symbol->value);
+    if (symbol) return symbol;
+    if (auto label = debug.choice.Find(name, debug.index.Local())) return label;
+  }
+  if (symbol) return symbol;
+  if (declaration) {
+    throw Error(ErrorCode::kNotRepresented,
+                "'" + std::string(name) + "' is declared, but this program does not define it");
+  }
+  if (parts_->damage) throw Error(*parts_->damage);
+  return std::nullopt;
+}
+
+bool ElfProgram::HasType(std::string_view name) {
+  if (!parts_->debug) return BasicTypeRecord(parts_->layout, name).has_value();
+  DebugInfo& debug = *parts_->debug;
+  if (debug.types.NamedRecordType(name)) return true;
+  if (parts_->HasGlobalType(name)) return true;
+  if (!CanonicalBasicType(name).empty() || parts_->HasLabel(name)) return false;
+  // Only now is it worth looking into every function; not for `structnode`, which another reading
+  // explains.
+  const auto known = [&](std::string_view reading) {
+    return reading != name && parts_->HasGlobalType(reading);
+  };
+  if (CanonicalTypeName(name, known)) return false;
+  return debug.lookup.Find(name, debug.index.Local()).has_value();
+}
+
+std::optional<DataLableType> ElfProgram::FindType(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (const auto named = debug.types.NamedRecordType(name)) return debug.types.Full(*named);
+    if (const auto entry = parts_->TypeEntry(name)) return debug.types.Full(*entry);
+  }
+  if (auto basic = BasicTypeRecord(parts_->layout, name)) return basic;
+  if (parts_->damage) throw Error(*parts_->damage);
+  return std::nullopt;
+}
+
+const std::vector<MemberRemark>& ElfProgram::Remarks() const {
+  return parts_->debug ? parts_->debug->types.Remarks() : parts_->noRemarks;
+}
+
+void ElfProgram::ListLabels(const std::function<void(const Listing&)>& visit) {
+  Listings listings;
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    for (IndexTable* table : {&debug.index.Global(), &debug.index.Local()}) {
+      for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
+        const IndexEntry& entry = table->entries[n];
+        if (!IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+        listings.emplace(table->names.NameOf(n),
+                         DetailOrError([&] { return debug.choice.Describe(entry); }));
+      }
+    }
+  }
+  for (std::uint32_t n = 0; n < parts_->symbols.Count(); ++n) {
+    const std::string_view name = parts_->symbols.NameOf(n);
+    if (parts_->debug && LabelChoice::Defines(name, parts_->debug->index.Global())) continue;
+    const ElfSymbol& symbol = parts_->symbols.At(n);
+    std::string detail = symbol.isThreadLocal ? "thread-local symbol"
+                                              : (symbol.isFunction ? "function " : "symbol ") +
+                                                    Hexadecimal(symbol.value);
+    listings.emplace(name, std::move(detail));
+  }
+  VisitAll(listings, visit);
+  if (parts_->damage) throw Error(*parts_->damage);
+}
+
+void ElfProgram::ListTypes(const std::function<void(const Listing&)>& visit) {
+  Listings listings;
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    for (IndexTable* table : {&debug.index.Global(), &debug.index.Local()}) {
+      for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
+        const IndexEntry& entry = table->entries[n];
+        if (IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+        listings.emplace(TypeLookup::SpelledName(entry.kind, table->names.NameOf(n)),
+                         DetailOrError([&] {
+                           const Dwarf_Die die = debug.file.At(entry.die);
+                           if (entry.kind == EntryKind::kTypedef) {
+                             return TypeText(debug.file, debug.file.TypeOf(die));
+                           }
+                           const auto size = debug.file.Unsigned(die, DW_AT_byte_size);
+                           return std::to_string(size.value_or(0)) + " bytes";
+                         }));
+      }
+    }
+  }
+  VisitAll(listings, visit);
+  if (parts_->damage) throw Error(*parts_->damage);
+}
+
+}  // namespace targets

@@ -1,0 +1,59 @@
+#ifndef STRINGRESOLVER_TARGETS_ELFPROGRAM_H
+#define STRINGRESOLVER_TARGETS_ELFPROGRAM_H
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "targets/LabelSource.h"
+#include "targets/MemorySource.h"
+
+namespace targets {
+
+/// A linked program in an ELF file: labels and types from its DWARF debug information (versions 2
+/// to 5) and its symbol table, memory from its loadable segments. Addresses are those of the file;
+/// a position-independent program is taken to run where it was linked.
+///
+/// Names are indexed when the program is opened; types are built when first asked for, and kept.
+/// Not for use by two threads at once.
+class ElfProgram final : public LabelSource {
+ public:
+  /// Opens `path`. The current source file is the one that defines `main`, or else the first of the
+  /// program. Throws `Error` (`kFileUnusable`, `kNoNames`, and `kBrokenInfo` when nothing at all
+  /// can be read). Debug information that is broken in part does not stop the opening: what can be
+  /// read is used, and a name that is not found there fails with `kBrokenInfo` instead of counting
+  /// as unknown. The listings end with the same failure, after all that could be read.
+  explicit ElfProgram(const std::string& path);
+  ~ElfProgram() override;
+
+  /// The program's initial memory, owned by this object. Only space 0 has contents.
+  [[nodiscard]] MemorySource& Memory();
+
+  /// Makes `name` the current source file. It may be the full path, a trailing part of it that
+  /// starts after a slash, or the base name. Throws `Error` (`kFileUnusable`) that names similar
+  /// files when the program has no such file, `kAmbiguous` when several are meant; the current file
+  /// then stays. A program without debug information takes any name: it only selects the dialect.
+  void SetCurrentFile(const std::string& name);
+
+  /// The program's source files as its debug information names them, sorted, each once.
+  [[nodiscard]] std::vector<std::string> SourceFiles() const;
+
+  [[nodiscard]] std::uint32_t PointerSize() const override;
+  [[nodiscard]] ByteOrder Order() const override;
+  [[nodiscard]] std::string CurrentFile() const override;
+  [[nodiscard]] bool CurrentFileIsAssembly() const override;
+  std::optional<Label> FindLabel(std::string_view name) override;
+  bool HasType(std::string_view name) override;
+  std::optional<DataLableType> FindType(std::string_view name) override;
+  [[nodiscard]] const std::vector<MemberRemark>& Remarks() const override;
+  void ListLabels(const std::function<void(const Listing&)>& visit) override;
+  void ListTypes(const std::function<void(const Listing&)>& visit) override;
+
+ private:
+  struct Parts;
+  std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace targets
+
+#endif  // STRINGRESOLVER_TARGETS_ELFPROGRAM_H

@@ -1,0 +1,13 @@
+#include "targets/LabelSource.h"
+
+namespace targets {
+
+bool LabelSource::CurrentFileIsAssembly() const {
+  const std::string file = CurrentFile();
+  for (const std::string_view ending : {".s", ".S", ".sx", ".asm", ".ASM"}) {
+    if (std::string_view(file).ends_with(ending)) return true;
+  }
+  return false;
+}
+
+}  // namespace targets

@@ -1,0 +1,193 @@
+#include "targets/ProgramHost.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <charconv>
+#include <cmath>
+#include <string_view>
+#include <utility>
+
+#include "targets/NumeralReader.h"
+#include "targets/Texts.h"
+#include "targets/TypeNames.h"
+
+namespace targets {
+namespace {
+
+/// The type that the resolver asks for when "#" selects the second memory space.
+constexpr std::string_view kSecondSpaceWord = "ZV_Lorn";
+constexpr std::string_view kKeywordBlank = ":@:";
+
+DataLableType Word(std::uint32_t pointerSize) {
+  DataLableType word;
+  word.Size = pointerSize;
+  word.PointerSize = pointerSize;
+  return word;
+}
+
+/// The operand without the resolver's marks: leading stars, and blanks before keywords.
+std::string OperandText(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of('*'), text.size()));
+  std::string plain;
+  while (true) {
+    const std::size_t blank = text.find(kKeywordBlank);
+    plain += text.substr(0, blank);
+    if (blank == text.npos) return plain;
+    text.remove_prefix(blank + kKeywordBlank.size());
+  }
+}
+
+std::string AddressText(std::uint64_t address, std::uint64_t space) {
+  std::string text = Hexadecimal(address);
+  if (space != 0) text += " in space " + std::to_string(space);
+  return text;
+}
+
+std::uint64_t Assemble(const std::array<std::byte, 8>& bytes, std::size_t size, ByteOrder order) {
+  std::uint64_t value = 0;
+  for (std::size_t i = 0; i < size; ++i) {
+    const std::byte byte = bytes[order == ByteOrder::kBig ? i : size - 1 - i];
+    value = value << 8 | std::to_integer<std::uint64_t>(byte);
+  }
+  return value;
+}
+
+template <typename Number>
+std::string Decimal(Number value) {
+  std::array<char, 32> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+  return {text.data(), end};
+}
+
+}  // namespace
+
+void ProgramHost::StartResolution() {
+  failure_.reset();
+  accesses_.clear();
+}
+
+void ProgramHost::Remember(const Error& error) {
+  if (!failure_) failure_ = error;
+}
+
+bool ProgramHost::CheckAddress(std::uint64_t address, std::uint8_t memorySpace) {
+  try {
+    std::array<std::byte, 1> byte{};
+    if (memory_.Read(address, memorySpace, byte) == 1) return true;
+    Remember(Error(ErrorCode::kUnreadable,
+                   "cannot read memory at " + AddressText(address, memorySpace)));
+  } catch (const Error& error) {
+    Remember(error);
+  }
+  return false;
+}
+
+std::string ProgramHost::GetFileName() {
+  // The resolver takes ".s" anywhere in the name for assembly. The directory and the inner points
+  // of the name say nothing about that, so they must not decide.
+  std::string name(BaseName(labels_.CurrentFile()));
+  if (labels_.CurrentFileIsAssembly()) {
+    return name.find(".s") == name.npos && name.find(".asm") == name.npos ? name + ".s" : name;
+  }
+  for (const std::string_view mark : {".s", ".asm"}) {
+    for (std::size_t at = name.find(mark); at != name.npos; at = name.find(mark)) name[at] = '_';
+  }
+  return name;
+}
+
+bool ProgramHost::IsTypeName(std::string text) {
+  try {
+    const auto known = [this](std::string_view base) {
+      return base == kSecondSpaceWord || labels_.HasType(base);
+    };
+    return CanonicalTypeName(text, known).has_value();
+  } catch (const Error& error) {
+    Remember(error);
+    return false;
+  }
+}
+
+DataLableType ProgramHost::GetTypeDescription(std::string typeName, bool* unknown) {
+  if (typeName == kSecondSpaceWord) return Word(labels_.PointerSize());
+  try {
+    const auto known = [this](std::string_view base) { return labels_.HasType(base); };
+    std::optional<TypeName> name = CanonicalTypeName(typeName, known);
+    // What is no type name may be the name of a record that this host gave to the resolver.
+    if (!name) name = TypeName{std::move(typeName), 0};
+    if (std::optional<DataLableType> type = labels_.FindType(name->base)) {
+      for (std::size_t star = 0; star < name->stars; ++star) {
+        DataLableType pointer = std::move(*type).FormPointer();
+        type->Swap(pointer);
+      }
+      return std::move(*type);
+    }
+  } catch (const Error& error) {
+    Remember(error);
+  }
+  *unknown = true;
+  return Word(labels_.PointerSize());
+}
+
+std::uint64_t ProgramHost::FindLabel(const char* text, bool* undefined, bool* confirmed) {
+  const std::string_view whole = text;
+  const std::string stripped = whole.starts_with('*') || whole.find(kKeywordBlank) != whole.npos
+                                   ? OperandText(whole)
+                                   : std::string();
+  const std::string_view name = stripped.empty() ? whole : std::string_view(stripped);
+  if (const std::optional<std::uint64_t> numeral = ReadNumeral(name)) {
+    *confirmed = true;
+    return *numeral;
+  }
+  try {
+    if (std::optional<Label> label = labels_.FindLabel(name)) {
+      *confirmed = true;
+      if (label->typed) {
+        LabelTyped = true;
+        LabelType.Swap(label->type);
+        LabelType.PointerSize = labels_.PointerSize();
+      }
+      return label->value;
+    }
+  } catch (const Error& error) {
+    Remember(error);
+  }
+  *undefined = true;
+  return 0;
+}
+
+void ProgramHost::ReadMemory(std::uint64_t first, std::uint64_t /*last*/, std::uint16_t memorySpace,
+                             std::uint8_t, std::string* text, std::uint32_t, bool isFloat,
+                             bool isDouble) {
+  const auto space = static_cast<std::uint8_t>(memorySpace);
+  const std::uint32_t size = isDouble ? 8 : isFloat ? 4 : std::clamp(accessSize, 1U, 8U);
+  std::array<std::byte, 8> bytes{};
+  try {
+    // Bytes past the end stay zero: "->" may read a pointer with more bytes than it has.
+    if (memory_.Read(first, space, std::span(bytes).first(size)) == 0) {
+      Remember(Error(ErrorCode::kUnreadable, "cannot read memory at " + AddressText(first, space)));
+      return;
+    }
+  } catch (const Error& error) {
+    Remember(error);
+    return;
+  }
+  accesses_.push_back({first, size, space});
+  const std::uint64_t bits = Assemble(bytes, size, labels_.Order());
+  if (!isFloat && !isDouble) {
+    *text = Decimal(bits);
+    return;
+  }
+  // A float is written as the double that it equals, whose digits read back to exactly it.
+  const double value = isDouble ? std::bit_cast<double>(bits)
+                                : std::bit_cast<float>(static_cast<std::uint32_t>(bits));
+  if (!std::isfinite(value)) {
+    Remember(
+        Error(ErrorCode::kNotRepresented, "the number at " + AddressText(first, space) + " is " +
+                                              (std::isnan(value) ? "not a number" : "infinite") +
+                                              ", and no result can carry that"));
+  }
+  *text = Decimal(value);
+}
+
+}  // namespace targets

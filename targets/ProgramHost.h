@@ -1,0 +1,62 @@
+#ifndef STRINGRESOLVER_TARGETS_PROGRAMHOST_H
+#define STRINGRESOLVER_TARGETS_PROGRAMHOST_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/ParrentInterface.h"
+#include "targets/Error.h"
+#include "targets/LabelSource.h"
+#include "targets/MemorySource.h"
+
+namespace targets {
+
+/// One read of target memory made for the resolver.
+struct MemoryAccess {
+  std::uint64_t address = 0;  ///< in target bytes
+  std::uint32_t size = 0;     ///< bytes asked for
+  std::uint8_t space = 0;
+};
+
+/// A resolver's host made of two parts: where labels and types come from, and where memory comes
+/// from. Both are borrowed and must outlive it.
+///
+/// The resolver's interface has no way to say "failed", and counts an operand that cannot be read
+/// as 0. So the host remembers: after each resolution, `FirstFailure` tells whether its answer may
+/// be relied on.
+class ProgramHost : public TParrentInterface {
+ public:
+  ProgramHost(LabelSource& labels, MemorySource& memory) : labels_(labels), memory_(memory) {}
+
+  /// Forgets the accesses and the failure of the resolution before. Types and labels stay.
+  void StartResolution();
+
+  /// The first thing that failed since `StartResolution`: memory that could not be read (the
+  /// sentence names its address), or a label or type that failed or is not representable.
+  [[nodiscard]] const std::optional<Error>& FirstFailure() const { return failure_; }
+
+  /// The reads that succeeded since `StartResolution`, in order.
+  [[nodiscard]] const std::vector<MemoryAccess>& Accesses() const { return accesses_; }
+
+  bool CheckAddress(std::uint64_t address, std::uint8_t memorySpace) override;
+  std::string GetFileName() override;
+  bool IsTypeName(std::string text) override;
+  DataLableType GetTypeDescription(std::string typeName, bool* unknown) override;
+  std::uint64_t FindLabel(const char* text, bool* undefined, bool* confirmed) override;
+  void ReadMemory(std::uint64_t first, std::uint64_t last, std::uint16_t memorySpace, std::uint8_t,
+                  std::string* text, std::uint32_t, bool isFloat, bool isDouble) override;
+
+ private:
+  void Remember(const Error& error);
+
+  LabelSource& labels_;
+  MemorySource& memory_;
+  std::optional<Error> failure_;
+  std::vector<MemoryAccess> accesses_;
+};
+
+}  // namespace targets
+
+#endif  // STRINGRESOLVER_TARGETS_PROGRAMHOST_H

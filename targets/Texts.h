@@ -1,0 +1,22 @@
+#ifndef STRINGRESOLVER_TARGETS_TEXTS_H
+#define STRINGRESOLVER_TARGETS_TEXTS_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace targets {
+
+/// `0x` and lower-case digits, as addresses and offsets are written in messages and listings.
+std::string Hexadecimal(std::uint64_t value);
+
+/// The part of a path after its last slash.
+std::string_view BaseName(std::string_view path);
+
+/// `a`, `a and b`, `a, b and c`; beyond ten items the rest is counted.
+std::string Enumerated(const std::vector<std::string>& items);
+
+}  // namespace targets
+
+#endif  // STRINGRESOLVER_TARGETS_TEXTS_H

@@ -1,0 +1,26 @@
+#include "tests/targets/ProgramUnderTest.h"
+
+#include <filesystem>
+
+#include "resolver/StringParametersResolving.h"
+#include "tests/support/Outcome.h"
+
+namespace targettests {
+
+std::string FixturePath(const std::string& name) {
+  return std::string(FIXTURE_DIR "/") + name;
+}
+
+bool HasFixture(const std::string& name) {
+  return std::filesystem::exists(FixturePath(name));
+}
+
+std::string Evaluate(targets::ElfProgram& program, const std::string& expression) {
+  targets::ProgramHost host(program, program.Memory());
+  TStringResolver resolver(&host);
+  std::string outcome = testsupport::Outcome(resolver, resolver.SolveStringOfElements(expression));
+  if (host.FirstFailure()) outcome += std::string(" ! ") + host.FirstFailure()->what();
+  return outcome;
+}
+
+}  // namespace targettests

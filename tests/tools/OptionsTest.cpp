@@ -1,0 +1,159 @@
+#include "tools/resolve/Options.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tool {
+namespace {
+
+using Words = std::vector<std::string>;
+using Task = Options::Task;
+
+std::string Joined(const Words& words) {
+  std::string text;
+  for (const std::string& word : words) text += "[" + word + "]";
+  return text;
+}
+
+Options Read(const Words& words) {
+  SCOPED_TRACE(Joined(words));
+  return std::get<Options>(ReadOptions(words));
+}
+
+struct Expressions {
+  Words arguments;
+  std::string program;
+  Words expressions;
+};
+
+TEST(Options, EndAtTheProgram) {
+  const std::vector<Expressions> rows = {
+      {{"prog", "x"}, "prog", {"x"}},
+      {{"prog", "x", "y + 1"}, "prog", {"x", "y + 1"}},
+      {{"-v", "prog", "x"}, "prog", {"x"}},
+      {{"prog", "-x+1"}, "prog", {"-x+1"}},
+      {{"prog", "-v"}, "prog", {"-v"}},
+      {{"prog", "x", "--help"}, "prog", {"x", "--help"}},
+      {{"prog", "-1"}, "prog", {"-1"}},
+      {{"prog", "-"}, "prog", {"-"}},
+      {{"prog", "--", "-x"}, "prog", {"-x"}},
+      {{"prog", "x", "--", "y"}, "prog", {"x", "--", "y"}},
+      {{"--", "prog", "-x"}, "prog", {"-x"}},
+      {{"--", "-prog", "-x"}, "-prog", {"-x"}},
+      {{"--", "prog", "--", "x"}, "prog", {"--", "x"}},
+      {{"prog", ""}, "prog", {""}},
+      {{"prog", "[1]", "{2}", "a,b"}, "prog", {"[1]", "{2}", "a,b"}},
+      {{"--file", "a.c", "prog", "x"}, "prog", {"x"}},
+  };
+  for (const Expressions& row : rows) {
+    const Options options = Read(row.arguments);
+    EXPECT_EQ(options.task, Task::kEvaluate) << Joined(row.arguments);
+    EXPECT_EQ(options.program, row.program) << Joined(row.arguments);
+    EXPECT_EQ(options.expressions, row.expressions) << Joined(row.arguments);
+  }
+}
+
+TEST(Options, AreTakenFromBeforeTheProgram) {
+  const Options plain = Read({"prog", "x"});
+  EXPECT_FALSE(plain.verbose || plain.exact || plain.file.has_value());
+  const Options all = Read({"-v", "--exact", "--file", "a.c", "prog", "x"});
+  EXPECT_TRUE(all.verbose && all.exact);
+  EXPECT_EQ(all.file, "a.c");
+  EXPECT_TRUE(Read({"--verbose", "prog", "x"}).verbose);
+  EXPECT_EQ(Read({"--file=b.c", "prog", "x"}).file, "b.c");
+  EXPECT_EQ(Read({"--file", "a.c", "--file", "b.c", "prog", "x"}).file, "b.c");
+}
+
+struct ListRow {
+  Words arguments;
+  Task task;
+  std::string pattern;
+};
+
+TEST(Options, TellAPatternFromTheProgram) {
+  const std::vector<ListRow> rows = {
+      {{"--labels", "prog"}, Task::kListLabels, ""},
+      {{"--types", "prog"}, Task::kListTypes, ""},
+      {{"--labels", "t*", "prog"}, Task::kListLabels, "t*"},
+      {{"--types", "t*", "prog"}, Task::kListTypes, "t*"},
+      {{"--labels=t*", "prog"}, Task::kListLabels, "t*"},
+      {{"--labels", "-v", "prog"}, Task::kListLabels, ""},
+      {{"--labels", "--", "prog"}, Task::kListLabels, ""},
+      {{"-v", "--file", "a.c", "--types", "prog"}, Task::kListTypes, ""},
+  };
+  for (const ListRow& row : rows) {
+    const Options options = Read(row.arguments);
+    EXPECT_EQ(options.task, row.task) << Joined(row.arguments);
+    EXPECT_EQ(options.pattern, row.pattern) << Joined(row.arguments);
+    EXPECT_EQ(options.program, "prog") << Joined(row.arguments);
+  }
+}
+
+struct Mistake {
+  Words arguments;
+  std::string message;
+};
+
+TEST(Options, ThatMakeNoSenseAreNamed) {
+  const std::vector<Mistake> rows = {
+      {{}, "no program is named"},
+      {{"-v"}, "no program is named"},
+      {{"--labels"}, "no program is named"},
+      {{"prog"}, "no expression is given"},
+      {{"-v", "prog"}, "no expression is given"},
+      {{"prog", "--"}, "no expression is given"},
+      {{"--bogus", "prog", "x"}, "there is no option --bogus"},
+      {{"-q", "prog", "x"}, "there is no option -q"},
+      {{"-vq", "prog", "x"}, "there is no option -q"},
+      {{"--labels", "t*", "prog", "x"},
+       "a listing takes no expressions; its pattern stands before the program"},
+  };
+  for (const Mistake& row : rows) {
+    try {
+      ReadOptions(row.arguments);
+      ADD_FAILURE() << "accepted: " << Joined(row.arguments);
+    } catch (const UsageError& error) {
+      EXPECT_EQ(error.what(), row.message) << Joined(row.arguments);
+    }
+  }
+}
+
+TEST(Options, ThatTheParserRefusesAreNamed) {
+  for (const Mistake& row : std::vector<Mistake>{{{"--file"}, "--file"},
+                                                 {{"--labels", "--types", "prog"}, "--types"},
+                                                 {{"--exact=maybe", "prog", "x"}, "maybe"}}) {
+    try {
+      ReadOptions(row.arguments);
+      ADD_FAILURE() << "accepted: " << Joined(row.arguments);
+    } catch (const UsageError& error) {
+      EXPECT_NE(std::string(error.what()).find(row.message), std::string::npos) << error.what();
+    }
+  }
+}
+
+TEST(Options, CanAskForInformation) {
+  for (const Words& words : {Words{"--help"}, Words{"-h"}, Words{"-v", "--help", "prog"}}) {
+    const auto text = std::get<Information>(ReadOptions(words)).text;
+    EXPECT_EQ(text.find("Usage: resolve"), 0U) << text;
+    EXPECT_EQ(text.back(), '\n');
+    EXPECT_NE(text.find("--labels [PATTERN]"), std::string::npos) << text;
+    EXPECT_NE(text.find("Examples:"), std::string::npos) << text;
+  }
+  const auto version = std::get<Information>(ReadOptions({"--version"})).text;
+  EXPECT_EQ(version.find("resolve "), 0U) << version;
+  EXPECT_EQ(version.back(), '\n');
+}
+
+TEST(Options, AreRecognisedBehindTheProgram) {
+  for (const char* text : {"-h", "--help", "-v", "--file=a.c", "--labels", "--labels=t*"}) {
+    EXPECT_TRUE(LooksLikeOption(text)) << text;
+  }
+  for (const char* text : {"x", "-x", "--x", "", "-", "--"}) {
+    EXPECT_FALSE(LooksLikeOption(text)) << text;
+  }
+}
+
+}  // namespace
+}  // namespace tool

@@ -1,0 +1,122 @@
+#!/usr/bin/env python3
+"""Expressions that have an answer: the values, their details, and the notes beside them."""
+from command import Row, pattern, run_table, value
+
+ROWS = [
+    # every basic type
+    value("on", "1"),
+    value("letter", "65"),
+    value("tiny", "-5"),
+    value("byte", "200"),
+    value("low", "-300"),
+    value("port", "60000"),
+    value("n", "-7"),
+    value("mask", "4042322160"),
+    value("depth", "-70000"),
+    value("span", "4000000000"),
+    value("far", "-5000000000"),
+    value("huge", "18446744073709551615"),
+    value("half", "0.5"),
+    value("pi", "3.14159"),
+    value("paint", "5"),
+    value("pixel", "127"),
+    value("fixed", "9"),
+    value("blank", "0"),
+    # arrays, structures, pointers
+    value("a[3]", "40"),
+    value("a[i]", "30"),
+    value("a[ i + 1 ]", "40"),
+    value("a[a[0] / 10]", "20"),
+    value("a[-1 + 1]", "10"),
+    value("m[2][3]", "23"),
+    value("m[i][i - 1]", "21"),
+    value("word[3]", "116"),
+    value("curve[1]", "-1.5"),
+    value("curve[2]", "1e+10"),
+    value("s.in.x", "1"),
+    value("s.x", "3"),
+    value("arr[1].x + 2", "4"),
+    value("ptrs[2]->x", "1"),
+    value("head->next->v", "22"),
+    value("(*head).v", "11"),
+    value("*p", "20"),
+    value("*(p+1)", "30"),
+    value("**pp", "20"),
+    value("pin->b", "66"),
+    value("packet.high", "2"),
+    value("word32.bytes[3]", "64"),
+    value("nameless.left", "-1"),
+    # blanks, keywords in names, sizeof, character constants, numerals
+    value("  s . in . x\t", "1"),
+    value("charge + interval", "125"),
+    value("charge+interval", "125"),
+    value("sizeof x", "4"),
+    value("sizeof *p", "4"),
+    value("sizeof (struct node)", "16"),
+    value("sizeof(unsigned int)", "4"),
+    value("(unsigned char) n", "249"),
+    value("( unsigned  int * ) p == p", "1"),
+    value("letter == 'A'", "1"),
+    value("' ' + '['", "123"),
+    value("'\\n'", "10"),
+    value("0x1e + 5", "35"),
+    value("0x1e-5", "25"),
+    value("1.5E+3", "1500"),
+    value("paint == GREEN", "1"),
+    # an expression may begin with "-"
+    value("-x", "-42"),
+    Row(["@", "-x+50"], stdout="8\n"),
+    Row(["@", "-5 + 7", "-1 + 2"], stdout="2\n1\n"),
+    Row(["@", "--", "-5 + 7"], stdout="2\n"),
+    Row(["--", "@", "-5 + 7"], stdout="2\n"),
+    # several, and one that fails among them
+    Row(["@", "x", "n"], stdout="42\n-7\n"),
+    Row(["@", "x", "nowhere", "n"], stdout="42\n-7\n",
+        stderr="resolve: nowhere: Undefined label nowhere\n", status=1),
+    # details
+    Row(["-v", "@", "n"], stdout=pattern("-7  4 bytes, signed, at <address>, memory space 0\n")),
+    Row(["-v", "@", "half"],
+        stdout=pattern("0.5  4 bytes, floating, at <address>, memory space 0\n")),
+    Row(["-v", "@", "on"], stdout=pattern("1  1 byte, unsigned, at <address>, memory space 0\n")),
+    Row(["-v", "@", "m[1][1]"],
+        stdout=pattern("11  4 bytes, signed, at <address>, memory space 0\n")),
+    Row(["--verbose", "@", "1 + 2"],
+        stdout="3  8 bytes, unsigned, no address, memory space 0\n"),
+    Row(["-v", "@", "x + 1"], stdout="43  8 bytes, unsigned, no address, memory space 0\n"),
+    Row(["-v", "@", "(char)n"], stdout="-7  1 byte, signed, no address, memory space 0\n"),
+    # statics of one name
+    value("count", "1"),
+    value("count", "2", "--file", "list.c"),
+    value("turn", "3", "--file=shapes.c"),
+    value("turn", "4", "--file", "list.c"),
+    # labels with points are one name in an assembly source
+    value("*(int*)table.first", "11", "--file", "table.s"),
+    value("*(int*)table.last", "44", "--file", "table.s"),
+    value("table.last - table.first", "12", "--file", "table.s"),
+    # text as it is
+    value("a[i+0]", "30", "--exact"),
+    value("x+1", "43", "--exact"),
+    value("'A'", "65", "--exact"),
+    value("1,5", "1.5", "--exact"),
+    value("','", "44"),
+    # what the value does not say
+    Row(["@", "flags.level"], stdout=pattern("<number>\n"),
+        stderr="note: flags.level: member level of struct flags is a bit-field "
+               "(unsigned int : 3); its value is the whole unit that holds the bits\n"),
+    Row(["@", "flags.ready + flags.plain * 0"], stdout=pattern("<number>\n"),
+        stderr="note: flags.ready + flags.plain * 0: member ready of struct flags is a bit-field "
+               "(unsigned int : 1); its value is the whole unit that holds the bits\n"),
+    Row(["@", "launch.month"], stdout=pattern("<number>\n"),
+        stderr="note: launch.month: member month of date_t is a bit-field (unsigned int : 4); "
+               "its value is the whole unit that holds the bits\n"),
+    value("launch.year", "1889"),
+    value("flags.plain", "77"),
+    # addresses and sizes are no values
+    Row(["@", "&flags.level == &flags"], stdout="1\n"),
+    value("sizeof(wide.exact)", "16"),
+    Row(["@", "&wide.exact - &wide.id"], stdout="16\n"),
+    # the other expressions of one run do not bring in notes of their own
+    Row(["@", "flags.plain", "s.x"], stdout="77\n3\n"),
+]
+
+run_table(ROWS)

@@ -1,0 +1,41 @@
+#ifndef STRINGRESOLVER_TOOLS_RESOLVE_ANSWER_H
+#define STRINGRESOLVER_TOOLS_RESOLVE_ANSWER_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+/// What an expression denotes.
+struct Answer {
+  bool floating = false;
+  float number = 0.0F;          ///< when `floating`
+  bool negative = false;        ///< when not `floating`
+  std::uint64_t magnitude = 0;  ///< when not `floating`: of a negative value as well
+  std::uint64_t size = 8;       ///< in bytes
+  bool isSigned = false;        ///< type of the value; never set when `floating`
+  /// Run-time address that the value was read from; empty when it was computed.
+  std::optional<std::uint64_t> address;
+  std::uint8_t space = 0;
+  /// Sentences about what the value does not say.
+  std::vector<std::string> notes;
+};
+
+/// The value alone: `-5`, `18446744073709551615`, `0.1`, `1e+10`. Floating values are in the
+/// shortest form that reads back as the same 32-bit number.
+std::string FormatValue(const Answer& answer);
+
+/// Size, signedness, address and memory space: `4 bytes, signed, at 0x404010, memory space 0`.
+std::string FormatDetails(const Answer& answer);
+
+/// `0x` and lower-case digits without leading zeros.
+std::string FormatAddress(std::uint64_t address);
+
+/// `1 byte`, `2 bytes`.
+std::string FormatBytes(std::uint64_t count);
+
+}  // namespace tool
+
+#endif  // STRINGRESOLVER_TOOLS_RESOLVE_ANSWER_H

@@ -1,0 +1,50 @@
+#ifndef STRINGRESOLVER_TOOLS_RESOLVE_EVALUATOR_H
+#define STRINGRESOLVER_TOOLS_RESOLVE_EVALUATOR_H
+
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "targets/LabelSource.h"
+#include "targets/MemorySource.h"
+#include "tools/resolve/Answer.h"
+#include "tools/resolve/WatchingHost.h"
+
+namespace tool {
+
+/// Why an expression has no answer: one sentence without a full stop. It may quote the expression
+/// and names of the program, and so hold any bytes.
+struct Failure {
+  std::string message;
+};
+
+using Outcome = std::variant<Answer, Failure>;
+
+/// Evaluates expressions over one program, each with a resolver of its own, so that no expression
+/// sees anything of the ones before it.
+///
+/// The resolver goes on where C would stop: it counts what it cannot read as 0, reads the first
+/// bytes of a structure, and takes a bit-field for the unit that holds it. Here those are failures,
+/// or answers with a note.
+class Evaluator {
+ public:
+  enum class Text {
+    kC,      ///< prepared by `PrepareExpression`
+    kExact,  ///< handed over as it is
+  };
+
+  /// Borrows both sources.
+  Evaluator(targets::LabelSource& labels, targets::MemorySource& memory, Text text)
+      : labels_(labels), host_(labels, memory), text_(text) {}
+
+  Outcome Evaluate(std::string_view expression);
+
+ private:
+  targets::LabelSource& labels_;
+  WatchingHost host_;
+  Text text_;
+};
+
+}  // namespace tool
+
+#endif  // STRINGRESOLVER_TOOLS_RESOLVE_EVALUATOR_H

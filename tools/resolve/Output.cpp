@@ -1,0 +1,42 @@
+#include "tools/resolve/Output.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "tools/resolve/StreamError.h"
+
+namespace tool {
+namespace {
+
+constexpr std::size_t kGatheredBytes = std::size_t{64} * 1024;
+
+}  // namespace
+
+void Output::Write(std::string_view text) {
+  pending_ += text;
+  if (pending_.size() >= kGatheredBytes) Flush();
+}
+
+void Output::WriteLine(std::string_view line) {
+  pending_ += line;
+  Write("\n");
+}
+
+void Output::Flush() {
+  std::string_view rest = pending_;
+  while (!rest.empty()) {
+    const ssize_t written = write(descriptor_, rest.data(), rest.size());
+    if (written >= 0) {
+      rest.remove_prefix(static_cast<std::size_t>(written));
+    } else if (errno != EINTR) {
+      const std::string reason = std::strerror(errno);
+      pending_.clear();
+      throw StreamError("cannot write to " + name_ + ": " + reason);
+    }
+  }
+  pending_.clear();
+}
+
+}  // namespace tool
