@@ -25,8 +25,9 @@ class TParrentInterface {
   /// May the object that starts at `address` (in target bytes) be read in `memorySpace` (0 the
   /// default space, 1 the one that "#" selects)? Asked right before each `ReadMemory`. The size is
   /// in `accessSize`, but approve as soon as the first byte is readable: a read may ask for more
-  /// bytes than the object has. False makes that read fail with "Invalid address"; in arithmetic,
-  /// in subscripts and before "->" the resolution goes on and counts the operand as 0.
+  /// bytes than the object has. False makes that read fail with "Invalid address". In arithmetic
+  /// the resolution goes on and counts the operand as 0; in subscripts and before "->" it goes on
+  /// with the address itself in place of what is stored there.
   virtual bool CheckAddress(std::uint64_t address, std::uint8_t memorySpace) = 0;
 
   /// Name of the current source file, asked once per resolver built (nested ones for subscripts
@@ -60,8 +61,8 @@ class TParrentInterface {
   /// Reads the object at `first` (`last` is the same address: one object) in `memorySpace`, of
   /// `accessSize` bytes, and writes its value into `*text`: an unsigned decimal number, or a
   /// decimal floating number when `isFloat` (4 bytes) or `isDouble` (8 bytes) is set. `*text` is
-  /// empty before the call; what is not a number counts as 0. The two unnamed arguments are
-  /// always 1.
+  /// empty before the call; what is not a number counts as 0. The two unnamed arguments are always
+  /// 1.
   virtual void ReadMemory(std::uint64_t first, std::uint64_t last, std::uint16_t memorySpace,
                           std::uint8_t, std::string* text, std::uint32_t, bool isFloat,
                           bool isDouble) = 0;

@@ -19,8 +19,7 @@ int TStringResolver::FirstRaw(AreaBlock* left, AreaBlock* right, int relation, i
       left->MemberBlock = right;
       if (left->Type.IsAddress) ReplaceByFirstMember(&left->Type);
       if (relation == kPointerMember) {
-        // A pointer that cannot be read leaves an address of 0, and the member is sought from
-        // there.
+        // The member of a pointer that cannot be read is sought from the pointer's own address.
         ReadThroughAddress(left);
         left->ReferenceLevel += 1;
       }

@@ -84,7 +84,8 @@ bool TStringResolver::SolveSquareBracets(AreaBlock* block) {
   std::vector<std::uint64_t> subscripts;
   if (!SolveSubscripts(&block->AfterText, &subscripts)) return false;
   if (!subscripts.empty()) {
-    // A read that fails leaves an address of 0, and the subscripts are applied to that.
+    // A read that is refused leaves the block's own address, and the subscripts are applied to
+    // that.
     if (block->Type.IsAddress) ReadThroughAddress(block);
     for (std::size_t i = 0; i < subscripts.size(); ++i) {
       if (i > 0) ReadThroughAddress(block);

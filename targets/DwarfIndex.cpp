@@ -192,6 +192,7 @@ class UnitWalk {
   std::string_view FollowOrigin(const Dwarf_Die& die, const Dwarf_Attribute& origin,
                                 std::string_view name, IndexEntry* entry) {
     const Dwarf_Die declaration = file_.Reference(die, origin);
+    table_->completed.insert(declaration.addr);
     entry->unit = units_.NumberOf(declaration, unit_);
     // Compilers define what a namespace declares outside of it.
     if (const auto scoped = scopedDeclarations_.find(declaration.addr);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "targets/DwarfFile.h"
@@ -41,6 +42,8 @@ struct IndexEntry {
 struct IndexTable {
   NameTable names;
   std::vector<IndexEntry> entries;
+  /// Entries that another one completes: the same thing, with less known about it.
+  std::unordered_set<DieAddress> completed;
 
   void Add(std::string_view name, const IndexEntry& entry) {
     names.Add(name);

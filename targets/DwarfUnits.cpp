@@ -23,6 +23,16 @@ bool IsTrailingPart(std::string_view path, std::string_view part) {
   return path.size() == part.size() || path[path.size() - part.size() - 1] == '/';
 }
 
+/// The file that a skeleton unit leaves its entries to.
+std::string SplitFile(const DwarfFile& file, const Dwarf_Die& skeleton) {
+  for (const unsigned int name : {DW_AT_dwo_name, DW_AT_GNU_dwo_name}) {
+    std::optional<Dwarf_Attribute> attribute = file.Attribute(skeleton, name);
+    const char* const text = attribute ? dwarf_formstring(&*attribute) : nullptr;
+    if (text != nullptr) return "'" + std::string(text) + "'";
+  }
+  return "a .dwo file";
+}
+
 DieAddress EndOf(const Dwarf_Die& root) {
   Dwarf_Die die = root;
   const Dwarf_Off offset = dwarf_dieoffset(&die);
@@ -65,9 +75,9 @@ DwarfUnits::DwarfUnits(const DwarfFile& file, Damage* damage) : file_(file) {
       } else if (split.addr != nullptr) {
         Add(split, root);
       } else {
-        throw Error(ErrorCode::kNoNames, "the debug information of '" +
-                                             std::string(file.Name(root)) +
-                                             "' lies in a separate .dwo file, which is not there");
+        throw Error(ErrorCode::kNoNames, "part of the debug information of '" + file.Path() +
+                                             "' lies in " + SplitFile(file, root) +
+                                             ", which is not there");
       }
     } catch (const Error& error) {
       if (!*damage) *damage = error;

@@ -268,6 +268,7 @@ void ElfProgram::ListLabels(const std::function<void(const Listing&)>& visit) {
       for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
         const IndexEntry& entry = table->entries[n];
         if (!IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+        if (table->completed.count(entry.die) != 0) continue;
         listings.emplace(table->names.NameOf(n),
                          DetailOrError([&] { return debug.choice.Describe(entry); }));
       }

@@ -212,6 +212,28 @@ TEST(SquareBrackets, NestedOnesAreReducedInnermostFirst) {
   EXPECT_TRUE(resolver.SolveSquareBracets(&block));
 }
 
+TEST(SquareBrackets, OnesThatEscapeReductionNestResolversUpToALimit) {
+  // d ")" behind a "[" close the "(" that each of d nested resolvers puts there, so the bracket is
+  // one still when it comes to the element d levels in. What "]" brings along ends up in the names.
+  const auto escaping = [](int depth) {
+    std::string text = "zero";
+    for (int level = 1; level <= depth; ++level) {
+      text += "[" + std::string(static_cast<std::size_t>(level), ')') + "zero";
+    }
+    return text + std::string(static_cast<std::size_t>(depth), ']');
+  };
+  FakeHost host;
+  LoadProgram(host);
+  host.quiet = true;
+  for (std::size_t n = 1; n <= 200; ++n) host.AddLabel("zero" + std::string(n, ')'), 0);
+  TStringResolver resolver(&host);
+  EXPECT_TRUE(resolver.SolveStringOfElements(escaping(100)));
+  resolver.errorMessage = "before";
+  EXPECT_EQ(Resolve(resolver, escaping(101)), "error: before");
+  EXPECT_EQ(Resolve(resolver, escaping(200)), "error: before");
+  EXPECT_EQ(Resolve(resolver, "arr[1]"), "20/4");
+}
+
 TEST(SquareBrackets, InExpressions) {
   const std::vector<Row> rows = {
       {"arr[0]", "10/4 at 0x2000"},

@@ -141,6 +141,25 @@ TEST(Label, NamespacesAndClasses) {
       "'in_both' is ambiguous: there is one in first of classes.cpp and second of classes.cpp");
 }
 
+TEST(Label, DebugInformationInFilesOfItsOwn) {
+  ElfProgram whole(FixturePath("split"));
+  EXPECT_EQ(Evaluate(whole, "bits.whole"), "9/4");
+  EXPECT_EQ(Evaluate(whole, "flex.items[1]"), "72/4");
+  ElfProgram lost(FixturePath("split-lost"));
+  EXPECT_EQ(ErrorCodeOf([&] { lost.FindLabel("nothing"); }), ErrorCode::kNoNames);
+  EXPECT_NE(ErrorOf([&] { lost.FindLabel("nothing"); }).find("split-lost.dwo', which is not there"),
+            std::string::npos);
+  EXPECT_FALSE(lost.FindLabel("bits")->typed);
+}
+
+TEST(Label, LinkTimeOptimizationKeepsFilesApart) {
+  ElfProgram program(FixturePath("link-time"));
+  EXPECT_EQ(Evaluate(program, "count"), "11/4");
+  program.SetCurrentFile("other.c");
+  EXPECT_EQ(Evaluate(program, "count"), "22/4");
+  EXPECT_EQ(Evaluate(program, "other_same.second"), "62/4");
+}
+
 TEST(Label, AssemblyWithDebugInformation) {
   ElfProgram program(FixturePath("labels"));
   EXPECT_EQ(program.CurrentFile(), "labels.s");
