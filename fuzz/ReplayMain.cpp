@@ -9,6 +9,7 @@
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -30,10 +31,11 @@ std::vector<std::filesystem::path> FilesOf(const std::filesystem::path& path) {
 }
 
 std::vector<std::uint8_t> Contents(const std::filesystem::path& path) {
-  std::ifstream file;
-  file.exceptions(std::ios::failbit | std::ios::badbit);
-  file.open(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ifstream file(path, std::ios::binary);
+  std::vector<std::uint8_t> bytes{std::istreambuf_iterator<char>(file),
+                                  std::istreambuf_iterator<char>()};
+  if (!file) throw std::runtime_error("the file '" + path.string() + "' cannot be read");
+  return bytes;
 }
 
 }  // namespace

@@ -19,8 +19,16 @@ std::optional<Label> LabelChoice::Find(std::string_view name, IndexTable& table)
   std::vector<Candidate> candidates = Candidates(name, table);
   if (candidates.empty()) return std::nullopt;
   if (candidates.size() == 1) return Make(name, candidates.front());
+  std::vector<std::string_view> files;
+  for (const Candidate& candidate : candidates) {
+    files.push_back(units_.At(candidate.entry.unit).name);
+  }
+  // What is left of each path tells the files apart, and is what choosing one of them takes.
+  const std::size_t folder = CommonFolder(files);
   std::vector<std::string> places;
-  for (const Candidate& candidate : candidates) places.push_back(Whereabouts(candidate.entry));
+  for (const Candidate& candidate : candidates) {
+    places.push_back(Whereabouts(candidate.entry, folder));
+  }
   throw Error(ErrorCode::kAmbiguous,
               "'" + std::string(name) + "' is ambiguous: there is one in " + Enumerated(places));
 }
@@ -150,7 +158,7 @@ std::uint64_t LabelChoice::ConstantValue(std::string_view name, const IndexEntry
   return static_cast<std::uint64_t>(static_cast<std::int64_t>(raw << unused) >> unused);
 }
 
-std::string LabelChoice::Whereabouts(const IndexEntry& entry) const {
+std::string LabelChoice::Whereabouts(const IndexEntry& entry, std::size_t folder) const {
   std::string text;
   if (entry.owner != nullptr) {
     const Dwarf_Die owner = file_.At(entry.owner);
@@ -158,7 +166,7 @@ std::string LabelChoice::Whereabouts(const IndexEntry& entry) const {
     text += file_.Tag(owner) == DW_TAG_subprogram ? "() of " : " of ";
   }
   const std::string_view unit = units_.At(entry.unit).name;
-  if (!unit.empty()) return text.append(unit);
+  if (!unit.empty()) return text.append(unit.substr(folder));
   return text + "the unit at offset " + Hexadecimal([&] {
            Dwarf_Die root = units_.At(entry.unit).root;
            return dwarf_dieoffset(&root);
@@ -175,7 +183,7 @@ std::string LabelChoice::Describe(const IndexEntry& entry) {
   std::string text = entry.kind == EntryKind::kFunction   ? "function"
                      : entry.kind == EntryKind::kVariable ? TypeText(file_, file_.TypeOf(die))
                                                           : "label " + Hexadecimal(place.value);
-  text += ", " + Whereabouts(entry);
+  text += ", " + Whereabouts(entry, 0);
   if (place.kind == Place::Kind::kNowhere) text += ", " + place.reason;
   return text;
 }

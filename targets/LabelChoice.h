@@ -54,7 +54,8 @@ class LabelChoice {
   Label Make(std::string_view name, const Candidate& candidate);
   [[nodiscard]] std::uint64_t ConstantValue(std::string_view name, const IndexEntry& entry,
                                             std::uint64_t raw);
-  [[nodiscard]] std::string Whereabouts(const IndexEntry& entry) const;
+  /// Where an entry stands, for messages; the first `folder` bytes of its file's path are left out.
+  [[nodiscard]] std::string Whereabouts(const IndexEntry& entry, std::size_t folder) const;
 
   const ElfFile& program_;
   const DwarfUnits& units_;

@@ -1,5 +1,6 @@
 #include "targets/Texts.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 
@@ -19,6 +20,16 @@ std::string Hexadecimal(std::uint64_t value) {
 std::string_view BaseName(std::string_view path) {
   const std::size_t slash = path.rfind('/');
   return slash == path.npos ? path : path.substr(slash + 1);
+}
+
+std::size_t CommonFolder(const std::vector<std::string_view>& paths) {
+  if (paths.empty()) return 0;
+  std::string_view common = paths.front();
+  for (const std::string_view path : paths) {
+    const auto differ = std::mismatch(common.begin(), common.end(), path.begin(), path.end());
+    common = common.substr(0, static_cast<std::size_t>(differ.first - common.begin()));
+  }
+  return common.rfind('/') + 1;
 }
 
 std::string Enumerated(const std::vector<std::string>& items) {

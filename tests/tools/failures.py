@@ -37,7 +37,7 @@ ROWS = [
     error("exact", "'exact' is a long double of 16 bytes, which is no integer, float or double "
           "of up to 8 bytes"),
     error("own", "'own' is thread-local: every thread has its own, at an address of its own"),
-    error("turn", "'turn' is ambiguous: there is one in <rest>list.c and <rest>shapes.c"),
+    error("turn", "'turn' is ambiguous: there is one in list.c and shapes.c"),
     error("wide.exact", f"is a long double (16 bytes) at <address>: {EIGHT_BYTES}"),
     error("wide.exact + 1", f"member exact of struct wide is a long double: {EIGHT_BYTES}"),
     error("wide.exact == 2 && 1", f"member exact of struct wide is a long double: {EIGHT_BYTES}"),
