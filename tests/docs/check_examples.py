@@ -66,7 +66,10 @@ class Checker:
             run = subprocess.run(["bash", "-c", command.text], cwd=top, env=environment,
                                  stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                  stderr=subprocess.PIPE if quiet else subprocess.STDOUT)
-            output = run.stdout.decode().replace(str(built), "build").replace(f"{source}/", "")
+            output = run.stdout.decode().replace(f"{source}/", "")
+            # As it is, and as a script shows it for the shell.
+            for shown in (str(built), str(built).replace(" ", "\\ ")):
+                output = output.replace(shown, "build")
             output = strip_end(output.splitlines())
             # Blank lines between two commands belong to neither.
             if output != strip_end(command.output):
