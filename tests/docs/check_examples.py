@@ -66,10 +66,11 @@ class Checker:
             run = subprocess.run(["bash", "-c", command.text], cwd=top, env=environment,
                                  stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                  stderr=subprocess.PIPE if quiet else subprocess.STDOUT)
-            output = run.stdout.decode().replace(f"{source}/", "")
+            output = run.stdout.decode()
             # As it is, and as a script shows it for the shell.
             for shown in (str(built), str(built).replace(" ", "\\ ")):
                 output = output.replace(shown, "build")
+            output = output.replace(f"{source}/", "")
             output = strip_end(output.splitlines())
             # Blank lines between two commands belong to neither.
             if output != strip_end(command.output):
