@@ -124,7 +124,7 @@ bool TStringResolver::SolveSubscripts(std::string* text, std::vector<std::uint64
     case BracketMatch::kRefused:
       return false;
     case BracketMatch::kFound:
-      return true;
+      break;
   }
   return true;
 }

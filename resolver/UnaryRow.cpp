@@ -144,12 +144,8 @@ bool TStringResolver::ApplyCast(AreaBlock* block) {
   const DataLableType* saved = SavedType(position);
   if (saved == nullptr) return Fail("Reference to unexisting type");
   DataLableType castType = *saved;
-  if (block->Type.IsAddress) {
-    DataLableType pointer = std::move(castType).FormPointer();
-    // NOLINTNEXTLINE(bugprone-use-after-move): a record moved from is empty, and may be swapped.
-    castType.Swap(pointer);
-  }
-  castType.IsAddress = block->Type.IsAddress;
+  // The reads above have left a plain value.
+  castType.IsAddress = false;
   block->CastType.Swap(castType);
   ConvertToCastType(block);
   DataLableType type = block->CastType;

@@ -1,6 +1,7 @@
 #include "targets/DwarfFile.h"
 
 #include "targets/Error.h"
+#include "targets/SeparateDebug.h"
 #include "targets/Texts.h"
 
 namespace targets {
@@ -8,10 +9,21 @@ namespace targets {
 // libdw takes entries and attributes by pointer to non-const though it only reads them: hence the
 // copies below, of 32 bytes each.
 
-DwarfFile::DwarfFile(const ElfFile& file) : file_(file) {
+DwarfFile::DwarfFile(const ElfFile& file, const std::string& debugFolder) : file_(file) {
   ForgetErrors();
   dwarf_.reset(dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr));
-  if (dwarf_ != nullptr) return;
+  if (dwarf_ != nullptr) {
+    // Left to itself, libdw would open whatever the file names, and wait if that is a pipe.
+    sharedFile_ = FindSharedDebug(file, debugFolder);
+    if (sharedFile_ == nullptr) return;
+    shared_.reset(dwarf_begin_elf(sharedFile_->Handle(), DWARF_C_READ, nullptr));
+    if (shared_ == nullptr) {
+      throw Error(ErrorCode::kFileUnusable, "the debug information of '" + sharedFile_->Path() +
+                                                "' cannot be read: " + dwarf_errmsg(-1));
+    }
+    dwarf_setalt(dwarf_.get(), shared_.get());
+    return;
+  }
   const int error = dwarf_errno();
   if (!file.HasSection(".debug_info") && !file.HasSection(".zdebug_info")) return;
   throw Error(ErrorCode::kBrokenInfo,

@@ -22,9 +22,10 @@ using DieAddress = const void*;
 /// error comes out as an `Error` (`kBrokenInfo`) that names the file and the offset.
 class DwarfFile {
  public:
-  /// `file` is borrowed and must outlive this object. Throws `Error` (`kBrokenInfo`) when the file
-  /// has debug information that cannot be opened.
-  explicit DwarfFile(const ElfFile& file);
+  /// `file` is borrowed and must outlive this object. What it shares with other files may lie in
+  /// `debugFolder`. Throws `Error` when the file has debug information that cannot be opened
+  /// (`kBrokenInfo`), or shares it with a file that cannot be used (`kFileUnusable`).
+  DwarfFile(const ElfFile& file, const std::string& debugFolder);
 
   /// False when the file has no debug information at all.
   [[nodiscard]] bool Any() const { return dwarf_ != nullptr; }
@@ -72,6 +73,8 @@ class DwarfFile {
   };
 
   const ElfFile& file_;
+  std::unique_ptr<ElfFile> sharedFile_;
+  std::unique_ptr<Dwarf, EndDwarf> shared_;
   std::unique_ptr<Dwarf, EndDwarf> dwarf_;
 };
 

@@ -85,6 +85,20 @@ bool SameKind(EntryKind a, EntryKind b) {
   return a == b || (isRecord(a) && isRecord(b));
 }
 
+/// Adds what `build` returns to `records`, or what it throws to `failed`.
+template <typename Record, typename Build>
+const Record& BuildOnce(DieAddress key, std::unordered_map<DieAddress, Record>* records,
+                        std::unordered_map<DieAddress, Error>* failed, Build build) {
+  if (const auto known = failed->find(key); known != failed->end()) throw Error(known->second);
+  try {
+    Record built = build();
+    return records->emplace(key, std::move(built)).first->second;
+  } catch (const Error& error) {
+    failed->emplace(key, error);
+    throw;
+  }
+}
+
 }  // namespace
 
 /// One step from a type to the one it is made of.
@@ -104,20 +118,21 @@ const TypeRecord& DwarfTypes::OfObject(const Dwarf_Die& die) {
 const TypeRecord& DwarfTypes::OfType(std::optional<Dwarf_Die> type) {
   const DieAddress key = type ? type->addr : nullptr;
   if (const auto known = records_.find(key); known != records_.end()) return known->second;
-  TypeRecord built = Build(type);
-  return records_.emplace(key, std::move(built)).first->second;
+  return BuildOnce(key, &records_, &failedRecords_, [&] { return Build(type); });
 }
 
 const DataLableType& DwarfTypes::Full(std::optional<Dwarf_Die> type) {
   const std::optional<Dwarf_Die> behind = Behind(type);
   if (!behind || !IsStructureTag(file_.Tag(*behind))) return OfType(type).record;
   if (const auto known = full_.find(behind->addr); known != full_.end()) return known->second;
-  StructureFields fields = ReadFields(*this, *behind);
-  DataLableType record = Structure(*behind).record;
-  record.NestedTypes.clear();
-  record.Members = std::move(fields.fields);
-  remarks_.insert(remarks_.end(), fields.remarks.begin(), fields.remarks.end());
-  return full_.emplace(behind->addr, std::move(record)).first->second;
+  return BuildOnce(behind->addr, &full_, &failedFull_, [&] {
+    StructureFields fields = ReadFields(*this, *behind);
+    DataLableType record = Structure(*behind).record;
+    record.NestedTypes.clear();
+    record.Members = std::move(fields.fields);
+    remarks_.insert(remarks_.end(), fields.remarks.begin(), fields.remarks.end());
+    return record;
+  });
 }
 
 std::optional<Dwarf_Die> DwarfTypes::NamedRecordType(std::string_view recordName) const {

@@ -11,6 +11,7 @@
 #include "host/DataLableType.h"
 #include "targets/DwarfFile.h"
 #include "targets/DwarfIndex.h"
+#include "targets/Error.h"
 #include "targets/LabelSource.h"
 #include "targets/RecordShapes.h"
 
@@ -85,6 +86,9 @@ class DwarfTypes {
   TargetLayout layout_;
   std::unordered_map<DieAddress, TypeRecord> records_;
   std::unordered_map<DieAddress, DataLableType> full_;
+  /// What could not be built, so that it is not tried again at every use.
+  std::unordered_map<DieAddress, Error> failedRecords_;
+  std::unordered_map<DieAddress, Error> failedFull_;
   std::unordered_map<std::string, Dwarf_Die> named_;
   std::vector<MemberRemark> remarks_;
 };

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <set>
+#include <system_error>
 
 #include "targets/Texts.h"
 
@@ -28,9 +30,30 @@ std::string SplitFile(const DwarfFile& file, const Dwarf_Die& skeleton) {
   for (const unsigned int name : {DW_AT_dwo_name, DW_AT_GNU_dwo_name}) {
     std::optional<Dwarf_Attribute> attribute = file.Attribute(skeleton, name);
     const char* const text = attribute ? dwarf_formstring(&*attribute) : nullptr;
-    if (text != nullptr) return "'" + std::string(text) + "'";
+    if (text != nullptr) return text;
   }
-  return "a .dwo file";
+  return "";
+}
+
+/// Throws when one of the places where libdw looks for the file holds something else, such as a
+/// pipe: libdw would open it and wait.
+void CheckSplitFile(const DwarfFile& file, const Dwarf_Die& skeleton, const std::string& name) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::path folder = fs::canonical(file.Path(), error).parent_path();
+  std::vector<fs::path> places{folder / name};
+  if (std::optional<Dwarf_Attribute> directory = file.Attribute(skeleton, DW_AT_comp_dir)) {
+    if (const char* const text = dwarf_formstring(&*directory)) {
+      places.push_back(folder / text / name);
+    }
+  }
+  for (const fs::path& place : places) {
+    const fs::file_status status = fs::status(place, error);
+    if (!fs::exists(status) || fs::is_regular_file(status)) continue;
+    throw Error(ErrorCode::kNoNames, "part of the debug information of '" + file.Path() +
+                                         "' lies in '" + place.string() +
+                                         "', which is not a regular file");
+  }
 }
 
 DieAddress EndOf(const Dwarf_Die& root) {
@@ -59,8 +82,8 @@ DwarfUnits::DwarfUnits(const DwarfFile& file, Damage* damage) : file_(file) {
     Dwarf_Half version = 0;
     std::uint8_t type = 0;
     Dwarf_Die root{};
-    Dwarf_Die split{};
-    const int outcome = dwarf_get_units(file.Handle(), unit, &next, &version, &type, &root, &split);
+    const int outcome =
+        dwarf_get_units(file.Handle(), unit, &next, &version, &type, &root, nullptr);
     if (outcome > 0) return;
     try {
       if (outcome < 0) {
@@ -72,18 +95,27 @@ DwarfUnits::DwarfUnits(const DwarfFile& file, Damage* damage) : file_(file) {
       unit = next;
       if (type != DW_UT_skeleton) {
         Add(root, root);
-      } else if (split.addr != nullptr) {
-        Add(split, root);
       } else {
-        throw Error(ErrorCode::kNoNames, "part of the debug information of '" + file.Path() +
-                                             "' lies in " + SplitFile(file, root) +
-                                             ", which is not there");
+        AddSplit(root);
       }
     } catch (const Error& error) {
       if (!*damage) *damage = error;
       if (outcome < 0) return;
     }
   }
+}
+
+void DwarfUnits::AddSplit(const Dwarf_Die& skeleton) {
+  const std::string name = SplitFile(file_, skeleton);
+  CheckSplitFile(file_, skeleton, name);
+  Dwarf_Die split{};
+  dwarf_cu_info(skeleton.cu, nullptr, nullptr, nullptr, &split, nullptr, nullptr, nullptr);
+  if (split.addr == nullptr) {
+    throw Error(ErrorCode::kNoNames,
+                "part of the debug information of '" + file_.Path() + "' lies in " +
+                    (name.empty() ? "a .dwo file" : "'" + name + "'") + ", which is not there");
+  }
+  Add(split, skeleton);
 }
 
 void DwarfUnits::Add(const Dwarf_Die& root, const Dwarf_Die& named) {

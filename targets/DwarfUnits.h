@@ -58,6 +58,7 @@ class DwarfUnits {
   [[nodiscard]] std::vector<std::string> SourceFiles() const;
 
  private:
+  void AddSplit(const Dwarf_Die& skeleton);
   void Add(const Dwarf_Die& root, const Dwarf_Die& named);
   [[nodiscard]] std::string FullPath(const DwarfUnit& unit) const;
   [[nodiscard]] std::string SimilarFiles(const std::string& name) const;

@@ -46,18 +46,18 @@ ElfFile::CloseDescriptor::~CloseDescriptor() {
   if (value >= 0) close(value);
 }
 
-ElfFile::ElfFile(const std::string& path) : path_(path) {
+ElfFile::ElfFile(const std::string& path, Use use) : path_(path) {
   descriptor_.value = OpenRegularFile(path);
   elf_version(EV_CURRENT);
   elf_.reset(elf_begin(descriptor_.value, ELF_C_READ_MMAP, nullptr));
-  CheckKind();
+  CheckKind(use);
   std::size_t size = 0;
   const char* const start = elf_rawfile(elf_.get(), &size);
   if (start != nullptr) file_ = std::as_bytes(std::span(start, size));
   ReadSegments();
 }
 
-void ElfFile::CheckKind() {
+void ElfFile::CheckKind(Use use) {
   if (elf_ != nullptr && elf_kind(elf_.get()) == ELF_K_AR) {
     Unusable(Quoted(path_) + " is an archive of object files, not a program");
   }
@@ -67,6 +67,7 @@ void ElfFile::CheckKind() {
   if (gelf_getehdr(elf_.get(), &header_) == nullptr) {
     Unusable(Quoted(path_) + " has a broken ELF header: " + elf_errmsg(-1));
   }
+  if (use == Use::kDebugInformation) return;
   if (header_.e_type == ET_REL) {
     Unusable(Quoted(path_) + " is an object file that has not been linked");
   }
@@ -128,17 +129,61 @@ bool ElfFile::Occupies(std::uint64_t address) const {
   return SegmentAt(address) != nullptr;
 }
 
-bool ElfFile::HasSection(const char* name) const {
+Elf_Scn* ElfFile::FindSection(const char* name) const {
   std::size_t names = 0;
-  if (elf_getshdrstrndx(elf_.get(), &names) != 0) return false;
+  if (elf_getshdrstrndx(elf_.get(), &names) != 0) return nullptr;
   for (Elf_Scn* section = elf_nextscn(elf_.get(), nullptr); section != nullptr;
        section = elf_nextscn(elf_.get(), section)) {
     GElf_Shdr header{};
     if (gelf_getshdr(section, &header) == nullptr) continue;
     const char* const found = elf_strptr(elf_.get(), names, header.sh_name);
-    if (found != nullptr && std::string_view(found) == name) return true;
+    if (found != nullptr && std::string_view(found) == name) return section;
+  }
+  return nullptr;
+}
+
+bool ElfFile::HasSection(const char* name) const {
+  return FindSection(name) != nullptr;
+}
+
+bool ElfFile::HasSectionOfType(std::uint32_t type) const {
+  for (Elf_Scn* section = elf_nextscn(elf_.get(), nullptr); section != nullptr;
+       section = elf_nextscn(elf_.get(), section)) {
+    GElf_Shdr header{};
+    if (gelf_getshdr(section, &header) != nullptr && header.sh_type == type) return true;
   }
   return false;
+}
+
+std::span<const std::byte> ElfFile::SectionBytes(const char* name) const {
+  Elf_Scn* const section = FindSection(name);
+  GElf_Shdr header{};
+  if (section == nullptr || gelf_getshdr(section, &header) == nullptr ||
+      header.sh_type == SHT_NOBITS || header.sh_offset >= file_.size()) {
+    return {};
+  }
+  const std::uint64_t size =
+      std::min<std::uint64_t>(header.sh_size, file_.size() - header.sh_offset);
+  return file_.subspan(static_cast<std::size_t>(header.sh_offset), static_cast<std::size_t>(size));
+}
+
+std::span<const std::byte> ElfFile::BuildId() const {
+  // dwelf_elf_gnu_build_id() looks through the segments as well, which a debug file has no bytes
+  // of.
+  const std::span<const std::byte> note = SectionBytes(".note.gnu.build-id");
+  const auto number = [&](std::size_t at) {
+    std::uint32_t value = 0;
+    for (std::size_t i = 0; i < 4; ++i) {
+      const std::size_t from = at + (Order() == ByteOrder::kBig ? i : 3 - i);
+      value = value << 8 | std::to_integer<std::uint32_t>(note[from]);
+    }
+    return value;
+  };
+  constexpr std::size_t kHeader = 12;
+  constexpr std::size_t kStart = kHeader + 4;  // behind the owner's name, "GNU"
+  if (note.size() < kStart || number(0) != 4 || number(8) != NT_GNU_BUILD_ID) return {};
+  const std::size_t size = number(4);
+  return size > note.size() - kStart ? std::span<const std::byte>{} : note.subspan(kStart, size);
 }
 
 const Segment* ElfFile::SegmentAt(std::uint64_t address) const {

@@ -24,12 +24,17 @@ struct Segment {
   std::uint64_t fileSize = 0;
 };
 
-/// A linked ELF program, opened and checked.
+/// An ELF file, opened and checked.
 class ElfFile {
  public:
+  enum class Use {
+    kProgram,           ///< must be linked
+    kDebugInformation,  ///< may be of any type
+  };
+
   /// Throws `Error` (`kFileUnusable`): missing, unreadable, a directory, no ELF, not linked,
   /// broken.
-  explicit ElfFile(const std::string& path);
+  explicit ElfFile(const std::string& path, Use use = Use::kProgram);
 
   [[nodiscard]] Elf* Handle() const { return elf_.get(); }
   [[nodiscard]] const std::string& Path() const { return path_; }
@@ -42,6 +47,13 @@ class ElfFile {
   [[nodiscard]] std::uint64_t HighestAddress() const;
   [[nodiscard]] bool Occupies(std::uint64_t address) const;
   [[nodiscard]] bool HasSection(const char* name) const;
+  [[nodiscard]] bool HasSectionOfType(std::uint32_t type) const;
+  /// The bytes of a section; none when there is no such section, or it has none in the file.
+  [[nodiscard]] std::span<const std::byte> SectionBytes(const char* name) const;
+  /// The number that tells this build from all others; empty when it has none.
+  [[nodiscard]] std::span<const std::byte> BuildId() const;
+  /// The whole file.
+  [[nodiscard]] std::span<const std::byte> Contents() const { return file_; }
 
   /// Copies what the file puts at `address` when it is loaded, before relocation. Returns the bytes
   /// copied, up to the first that the file does not define or does not hold any more.
@@ -59,7 +71,8 @@ class ElfFile {
     void operator()(Elf* elf) const { elf_end(elf); }
   };
 
-  void CheckKind();
+  void CheckKind(Use use);
+  [[nodiscard]] Elf_Scn* FindSection(const char* name) const;
   void ReadSegments();
   void LeaveOutHeaders(Segment* segment) const;
   [[nodiscard]] const Segment* SegmentAt(std::uint64_t address) const;

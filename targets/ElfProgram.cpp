@@ -14,6 +14,7 @@
 #include "targets/ElfSymbols.h"
 #include "targets/Error.h"
 #include "targets/LabelChoice.h"
+#include "targets/SeparateDebug.h"
 #include "targets/Texts.h"
 #include "targets/TypeLookup.h"
 #include "targets/TypeNames.h"
@@ -47,8 +48,9 @@ TargetLayout LayoutOf(const ElfFile& file) {
 
 /// Everything that is read from debug information.
 struct DebugInfo {
-  DebugInfo(const ElfFile& program, const TargetLayout& layout, Damage* damage)
-      : file(program),
+  DebugInfo(const ElfFile& program, const ElfFile& info, const std::string& debugFolder,
+            const TargetLayout& layout, Damage* damage)
+      : file(info, debugFolder),
         units(file, damage),
         index(file, units, damage),
         types(file, index, layout),
@@ -82,10 +84,15 @@ std::string DetailOrError(Describe describe) {
 }  // namespace
 
 struct ElfProgram::Parts {
-  explicit Parts(const std::string& path)
-      : file(path), layout(LayoutOf(file)), memory(file), symbols(file) {
+  Parts(const std::string& path, const std::string& debugFolder)
+      : file(path),
+        separate(Separate(file, debugFolder)),
+        layout(LayoutOf(file)),
+        memory(file),
+        symbols(SymbolFile()),
+        damage(separate.reason) {
     try {
-      debug.emplace(file, layout, &damage);
+      debug.emplace(file, separate.file ? *separate.file : file, debugFolder, layout, &damage);
     } catch (const Error& error) {
       damage = error;
     }
@@ -96,6 +103,17 @@ struct ElfProgram::Parts {
                   "the program '" + path + "' has no debug information and no symbols");
     }
     if (debug) ChooseFirstFile();
+  }
+
+  static SeparateDebug Separate(const ElfFile& program, const std::string& debugFolder) {
+    if (program.HasSection(".debug_info") || program.HasSection(".zdebug_info")) return {};
+    return FindSeparateDebug(program, debugFolder);
+  }
+
+  [[nodiscard]] const ElfFile& SymbolFile() const {
+    const bool moved = separate.file && !file.HasSectionOfType(SHT_SYMTAB) &&
+                       separate.file->HasSectionOfType(SHT_SYMTAB);
+    return moved ? *separate.file : file;
   }
 
   void ChooseFirstFile() {
@@ -155,6 +173,7 @@ struct ElfProgram::Parts {
   }
 
   ElfFile file;
+  SeparateDebug separate;
   TargetLayout layout;
   ElfMemory memory;
   ElfSymbols symbols;
@@ -165,7 +184,8 @@ struct ElfProgram::Parts {
   std::vector<MemberRemark> noRemarks;
 };
 
-ElfProgram::ElfProgram(const std::string& path) : parts_(std::make_unique<Parts>(path)) {}
+ElfProgram::ElfProgram(const std::string& path, const std::string& debugFolder)
+    : parts_(std::make_unique<Parts>(path, debugFolder)) {}
 
 ElfProgram::~ElfProgram() = default;
 
@@ -183,6 +203,11 @@ void ElfProgram::SetCurrentFile(const std::string& name) {
 
 std::vector<std::string> ElfProgram::SourceFiles() const {
   return parts_->debug ? parts_->debug->units.SourceFiles() : std::vector<std::string>{};
+}
+
+std::optional<std::string> ElfProgram::WhyIncomplete() const {
+  if (!parts_->damage) return std::nullopt;
+  return parts_->damage->what();
 }
 
 std::uint32_t ElfProgram::PointerSize() const {
@@ -254,6 +279,14 @@ std::optional<DataLableType> ElfProgram::FindType(std::string_view name) {
   if (auto basic = BasicTypeRecord(parts_->layout, name)) return basic;
   if (parts_->damage) throw Error(*parts_->damage);
   return std::nullopt;
+}
+
+bool ElfProgram::IsIncomplete(std::string_view name) {
+  if (!parts_->debug) return false;
+  DebugInfo& debug = *parts_->debug;
+  const std::optional<Dwarf_Die> type = debug.types.Behind(parts_->TypeEntry(name));
+  return type && IsStructureTag(debug.file.Tag(*type)) &&
+         debug.file.Attribute(*type, DW_AT_declaration).has_value();
 }
 
 const std::vector<MemberRemark>& ElfProgram::Remarks() const {

@@ -18,12 +18,16 @@ namespace targets {
 /// Not for use by two threads at once.
 class ElfProgram final : public LabelSource {
  public:
-  /// Opens `path`. The current source file is the one that defines `main`, or else the first of the
-  /// program. Throws `Error` (`kFileUnusable`, `kNoNames`, and `kBrokenInfo` when nothing at all
-  /// can be read). Debug information that is broken in part does not stop the opening: what can be
-  /// read is used, and a name that is not found there fails with `kBrokenInfo` instead of counting
-  /// as unknown. The listings end with the same failure, after all that could be read.
-  explicit ElfProgram(const std::string& path);
+  /// Opens `path`, and with it the file that its debug information was moved to, which is looked
+  /// for beside the program and under `debugFolder`: that file counts where it belongs to the
+  /// program by build-id and checksum; when it does not, or is not there, a name that is not found
+  /// fails with that reason. The current source file is the one that defines `main`, or else the
+  /// first of the program. Throws `Error` (`kFileUnusable`, `kNoNames`, and `kBrokenInfo` when
+  /// nothing at all can be read). Debug information that is broken in part does not stop the
+  /// opening: what can be read is used, and a name that is not found there fails with `kBrokenInfo`
+  /// instead of counting as unknown. The listings end with the same failure, after all that could
+  /// be read.
+  explicit ElfProgram(const std::string& path, const std::string& debugFolder = "/usr/lib/debug");
   ~ElfProgram() override;
 
   /// The program's initial memory, owned by this object. Only space 0 has contents.
@@ -38,6 +42,9 @@ class ElfProgram final : public LabelSource {
   /// The program's source files as its debug information names them, sorted, each once.
   [[nodiscard]] std::vector<std::string> SourceFiles() const;
 
+  /// Why names may be missing, or stand without their types; nothing when all could be read so far.
+  [[nodiscard]] std::optional<std::string> WhyIncomplete() const;
+
   [[nodiscard]] std::uint32_t PointerSize() const override;
   [[nodiscard]] ByteOrder Order() const override;
   [[nodiscard]] std::string CurrentFile() const override;
@@ -45,6 +52,7 @@ class ElfProgram final : public LabelSource {
   std::optional<Label> FindLabel(std::string_view name) override;
   bool HasType(std::string_view name) override;
   std::optional<DataLableType> FindType(std::string_view name) override;
+  bool IsIncomplete(std::string_view name) override;
   [[nodiscard]] const std::vector<MemberRemark>& Remarks() const override;
   void ListLabels(const std::function<void(const Listing&)>& visit) override;
   void ListTypes(const std::function<void(const Listing&)>& visit) override;

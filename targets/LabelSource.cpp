@@ -10,4 +10,8 @@ bool LabelSource::CurrentFileIsAssembly() const {
   return false;
 }
 
+bool LabelSource::IsIncomplete(std::string_view /*name*/) {
+  return false;
+}
+
 }  // namespace targets

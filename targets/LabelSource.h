@@ -79,6 +79,10 @@ class LabelSource {
   /// The full record of that type, structures with their fields in `Members`.
   virtual std::optional<DataLableType> FindType(std::string_view name) = 0;
 
+  /// Is that type a structure that is declared, but whose definition the target does not have? Its
+  /// record then has no fields, and a `Size` of 0 that is no size.
+  virtual bool IsIncomplete(std::string_view name);
+
   /// Remarks on the members of every full structure record handed out so far.
   [[nodiscard]] virtual const std::vector<MemberRemark>& Remarks() const = 0;
 

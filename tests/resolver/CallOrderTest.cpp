@@ -137,6 +137,12 @@ TEST(CallOrder, OfTypicalExpressions) {
   }
 }
 
+TEST(CallOrder, TheReservedOperationDoesNothingOfItself) {
+  FakeHost host;
+  host.TParrentInterface::Reserved();
+  EXPECT_TRUE(host.calls.empty());
+}
+
 TEST(CallOrder, TheReservedOperationIsNeverCalled) {
   FakeHost host;
   LoadProgram(host);

@@ -75,8 +75,8 @@ class BrokenProgramTest : public testing::Test {
 TEST_F(BrokenProgramTest, TruncatedAnywhere) {
   for (const char* fixture : {"values-x64-pie", "hosted"}) {
     const std::string whole = Contents(FixturePath(fixture));
-    for (std::size_t step = 0; step < 64; ++step) {
-      Write(whole.substr(0, whole.size() * step / 64));
+    for (std::size_t size = 0; size < whole.size(); size += 64) {
+      Write(whole.substr(0, size));
       UseAll();
     }
   }

@@ -61,6 +61,8 @@ TEST(Options, AreTakenFromBeforeTheProgram) {
   const Options all = Read({"-v", "--exact", "--file", "a.c", "prog", "x"});
   EXPECT_TRUE(all.verbose && all.exact);
   EXPECT_EQ(all.file, "a.c");
+  EXPECT_EQ(plain.debugFolder, "/usr/lib/debug");
+  EXPECT_EQ(Read({"--debug-folder", "symbols", "prog", "x"}).debugFolder, "symbols");
   EXPECT_TRUE(Read({"--verbose", "prog", "x"}).verbose);
   EXPECT_EQ(Read({"--file=b.c", "prog", "x"}).file, "b.c");
   EXPECT_EQ(Read({"--file", "a.c", "--file", "b.c", "prog", "x"}).file, "b.c");

@@ -34,6 +34,9 @@ ROWS = [
     error("(struct pair)x", "is a structure (struct pair, 8 bytes): name one of its members"),
     error("*vault", "is a struct sealed at <address>, which has no members here"),
     error("(struct sealed)x", "the type of the result has no size"),
+    error("sizeof(struct sealed)", "struct sealed is declared, but not defined: its size is not known"),
+    error("sizeof(const struct sealed) + 1",
+          "struct sealed is declared, but not defined: its size is not known"),
     error("exact", "'exact' is a long double of 16 bytes, which is no integer, float or double "
           "of up to 8 bytes"),
     error("own", "'own' is thread-local: every thread has its own, at an address of its own"),

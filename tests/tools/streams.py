@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Standard input, and standard streams that do not do what they should."""
 import os
+import signal
 import subprocess
 
-from command import Row, run_table
+from command import Row, pattern, run_table
 
-LONGEST = 64 * 1024
+LONGEST = 1024 * 1024
 
 
 def lines(text, **more):
@@ -40,6 +41,11 @@ ROWS = [
     lines(b"(" * LONGEST + b"\n", status=1,
           stderr=f"resolve: {'(' * 250} ...({LONGEST - 500} bytes)... {'(' * 250}: "
                  "Can`t find the end quote.\n"),
+    # long ones that are read to the end
+    lines(b"+1" * (LONGEST // 2) + b"\n", stdout=f"{LONGEST // 2}\n"),
+    lines(b"(" * (LONGEST // 2 - 1) + b"x" + b")" * (LONGEST // 2 - 1) + b"\n", stdout="42\n"),
+    lines(bytes(range(1, 256)) + b"\nx\n", stdout="42\n", status=1, stderr=pattern(
+        "resolve: <rest>: an expression cannot hold the control character \\x01\nresolve: <rest>\n")),
     # "-" reads only when it is alone
     Row(["@", "-", "x"], stdin=b"n\n", stdout="42\n", status=1,
         stderr="resolve: -: Missing an address in the string\n"),
@@ -118,6 +124,20 @@ def closed_errors(resolve, program):
     return verdict(done, None, 1, stdout=b"42\n")
 
 
+def interrupted(resolve, program):
+    """Ctrl-C ends the command at once; what was answered before is whole."""
+    # A test that runs in the background inherits the order to ignore the signal.
+    heed = lambda: signal.signal(signal.SIGINT, signal.SIG_DFL)
+    with subprocess.Popen([resolve, program, "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                          stderr=subprocess.PIPE, bufsize=0, preexec_fn=heed) as session:
+        session.stdin.write(b"x\nn")
+        answer = session.stdout.readline()
+        session.send_signal(signal.SIGINT)
+        rest = (session.stdout.read(), session.stderr.read(), session.wait())
+    expected = (b"", b"", -signal.SIGINT)
+    return "" if (answer, rest) == (b"42\n", expected) else f"got {answer}, then {rest}"
+
+
 def folder_as_input(resolve, program):
     """A folder is no list of expressions."""
     done = with_descriptor("/", os.O_RDONLY, lambda folder: subprocess.run(
@@ -141,4 +161,4 @@ def answers_at_once(resolve, program):
 
 run_table(ROWS, checks=(full_disk, full_disk_for_listing, full_disk_for_help, reader_went_away,
                         closed_output, closed_input, closed_errors, folder_as_input,
-                        answers_at_once))
+                        answers_at_once, interrupted))

@@ -32,7 +32,8 @@ void Complain(const std::string& sentence) {
 class Session {
  public:
   Session(targets::ElfProgram& program, const Options& options, Output* output)
-      : evaluator_(program, program.Memory(),
+      : program_(program),
+        evaluator_(program, program.Memory(),
                    options.exact ? Evaluator::Text::kExact : Evaluator::Text::kC),
         verbose_(options.verbose),
         output_(output) {}
@@ -64,6 +65,7 @@ class Session {
       std::string sentence = Printable(failure->message);
       if (LooksLikeOption(expression)) sentence += " (options stand before the program)";
       std::cerr << "resolve: " + echo + ": " + sentence + "\n" << std::flush;
+      ExplainOnce(failure->message);
       return;
     }
     const auto& answer = std::get<Answer>(outcome);
@@ -76,7 +78,19 @@ class Session {
     }
   }
 
+  /// A label whose type could not be read fails like one that has no such member. The reason is
+  /// worth a line then, but not one for every expression.
+  void ExplainOnce(const std::string& message) {
+    const std::optional<std::string> reason = program_.WhyIncomplete();
+    if (explained_ || !reason) return;
+    explained_ = true;
+    if (message.find(*reason) != std::string::npos) return;
+    std::cerr << "note: " + Printable(*reason) + "\n" << std::flush;
+  }
+
+  targets::ElfProgram& program_;
   Evaluator evaluator_;
+  bool explained_ = false;
   bool verbose_;
   Output* output_;
   Status status_ = kAllResolved;
@@ -108,7 +122,7 @@ Status Run(const std::vector<std::string>& arguments) {
     return kAllResolved;
   }
   const auto& options = std::get<Options>(request);
-  targets::ElfProgram program(options.program);
+  targets::ElfProgram program(options.program, options.debugFolder);
   if (options.file) program.SetCurrentFile(*options.file);
   if (options.task != Options::Task::kEvaluate) return List(program, options, &output);
   return Session(program, options, &output).Run(options.expressions);

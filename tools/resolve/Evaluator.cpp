@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "targets/TypeNames.h"
 #include "tools/resolve/ExpressionText.h"
 #include "tools/resolve/Printable.h"
 #include "tools/resolve/ResolverView.h"
@@ -15,6 +16,7 @@
 namespace tool {
 namespace {
 
+constexpr std::string_view kSizeofGroup = "sizeof(";
 constexpr std::string_view kUndefinedLabel = "Undefined label ";
 constexpr const char* kOnlyEightBytes = ": only values of up to 8 bytes can be used";
 // What the resolver says when only the final read failed.
@@ -79,6 +81,7 @@ class Resolution {
       return CompositeSentence(resolver_.ObjectType());
     }
     if (auto sentence = TooLargeSentence()) return sentence;
+    if (auto sentence = UnknownSizeSentence()) return sentence;
     if (solved_ && resolver_.resultFloating) return OutsideFloatRange();
     return std::nullopt;
   }
@@ -117,6 +120,24 @@ class Resolution {
              ": name an element and one of its members";
     }
     return "is a " + kind + " (" + details + ")" + Place() + ": name one of its members";
+  }
+
+  /// The size of a type that is only declared counts as 0, so that pointers to it can be had.
+  std::optional<std::string> UnknownSizeSentence() const {
+    if (!solved_) return std::nullopt;
+    const std::string_view text = text_;
+    const auto known = [this](std::string_view base) { return labels_.HasType(base); };
+    for (std::size_t at = text.find(kSizeofGroup); at != text.npos;
+         at = text.find(kSizeofGroup, at + 1)) {
+      const std::size_t start = at + kSizeofGroup.size();
+      const std::size_t end = text.find_first_of("()", start);
+      if (end == text.npos || text[end] != ')') continue;
+      const auto name = targets::CanonicalTypeName(text.substr(start, end - start), known);
+      if (name && name->stars == 0 && labels_.IsIncomplete(name->base)) {
+        return name->base + " is declared, but not defined: its size is not known";
+      }
+    }
+    return std::nullopt;
   }
 
   /// Operands that are too large fail for a reason that does not say so, or count with their first

@@ -9,9 +9,9 @@
 
 namespace tool {
 
-/// The longest expression that is evaluated, in bytes as it was given. The resolver rewrites its
-/// text once for every group and operand, so its time grows with the square of this.
-inline constexpr std::size_t kLongestExpression = 65'536;
+/// The longest expression that is evaluated, in bytes as it was given. Time and memory grow in
+/// proportion to it, and memory by up to 500 bytes for each of these.
+inline constexpr std::size_t kLongestExpression = 1024 * 1024;
 
 /// Rewrites C text so that the resolver gives it C's meaning. In linear time, for any bytes:
 /// - Blanks go, but for one between two names (`struct node`) and one behind a `sizeof` without

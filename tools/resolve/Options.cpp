@@ -33,8 +33,9 @@ Examples:
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used.)";
 
-constexpr std::array<std::string_view, 9> kOptionNames = {
-    "-h", "--help", "--version", "-v", "--verbose", "--file", "--exact", "--labels", "--types"};
+constexpr std::array<std::string_view, 10> kOptionNames = {
+    "-h",     "--help",         "--version", "-v",       "--verbose",
+    "--file", "--debug-folder", "--exact",   "--labels", "--types"};
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -92,6 +93,11 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
                                     "one name, and the dialect; main's unless given")
                          ->type_name("NAME")
                          ->take_last();
+  app.add_option("--debug-folder", options.debugFolder,
+                 "Where debug information lies that is not in the\n"
+                 "program; /usr/lib/debug unless given")
+      ->type_name("DIR")
+      ->take_last();
   app.add_flag("--exact", options.exact,
                "Hand each text to the resolver untouched: blanks,\n"
                "subscripts and character constants stay as they are");

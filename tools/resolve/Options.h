@@ -17,6 +17,7 @@ struct Options {
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
+  std::string debugFolder = "/usr/lib/debug";
   bool exact = false;
   bool verbose = false;
 };

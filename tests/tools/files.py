@@ -1,0 +1,165 @@
+#!/usr/bin/env python3
+"""Files that are no programs, or hardly: each ends the command at once, with one line that says why."""
+import os
+import pathlib
+import struct
+import subprocess
+import tempfile
+
+import elf
+from command import Row, pattern, run_table, unusable
+
+FILES = {
+    "empty": b"",
+    "script": b"#!/bin/sh\necho hello\n",
+    "windows": b"MZ\x90\0" + bytes(60) + b"PE\0\0" + bytes(200),
+    "mac": b"\xcf\xfa\xed\xfe\x07\0\0\x01" + bytes(200),
+    "archive": b"!<arch>\n" + b"member/".ljust(48) + b"4".ljust(10) + b"`\nabc\n",
+    "core": elf.elf_file(kind=elf.CORE),
+    "object": elf.with_entries(elf.INTEGER_ENTRY, kind=elf.OBJECT),
+    "shared": elf.with_entries(elf.INTEGER_ENTRY, kind=elf.SHARED),
+    "bare": elf.elf_file(),
+    "deep": elf.deep_namespaces(1_000_000),
+    "long": elf.long_name(10_000_000),
+    "lost": elf.past_the_end(),
+    "doubling": elf.doubling(40),
+}
+
+
+def broken(name, expression, message, **more):
+    return Row([name, expression], status=1, stderr=pattern(
+        f"resolve: {expression}: broken debug information in '{name}' at offset <address>: "
+        f"{message}\n"), **more)
+
+
+ROWS = [
+    # other kinds of files
+    *(unusable([name, "x"], f"'{name}' is not an ELF file")
+      for name in ("empty", "script", "windows", "mac")),
+    *(unusable([name, "x"], f"'{name}' is not a regular file")
+      for name in ("/dev/null", "/dev/zero", "/dev/full")),
+    unusable(["archive", "x"], "'archive' is an archive of object files, not a program"),
+    unusable(["core", "x"], "'core' is a core dump, not a program"),
+    unusable(["object", "x"], "'object' is an object file that has not been linked"),
+    unusable(["bare", "x"], "the program 'bare' has no debug information and no symbols"),
+    Row(["shared", "sizeof(int)"], stdout="4\n"),
+    # debug information that no compiler writes
+    broken("deep", "x", "entries are nested too deeply"),
+    Row(["deep", "(int)'a'"], stdout="97\n"),
+    Row(["--labels", "long"], stdout=pattern("n<rest>\n")),
+    Row(["long", "sizeof(int)"], stdout="4\n"),
+    broken("lost", "lost", "<rest>"),
+    Row(["doubling", "-"], stdin=b"d.a\n" * 5000, status=1,
+        stderr=pattern("resolve: d.a: <rest>\n" * 5000)),
+]
+
+
+def run(resolve, *arguments, folder=None):
+    return subprocess.run([resolve, *arguments], capture_output=True, text=True, cwd=folder)
+
+
+def refused(done, sentence):
+    got = (done.stdout, done.stderr, done.returncode)
+    wanted = ("", f"resolve: {sentence}\n", 2)
+    return "" if got == wanted else f"got {got}, not {wanted}"
+
+
+def in_a_folder(check):
+    """The check gets a folder of its own."""
+    def with_folder(resolve, program):
+        with tempfile.TemporaryDirectory() as folder:
+            return check(resolve, program, pathlib.Path(folder))
+    with_folder.__doc__ = check.__doc__
+    return with_folder
+
+
+@in_a_folder
+def pipe(resolve, program, folder):
+    """A pipe that nobody writes to is not waited for."""
+    os.mkfifo(folder / "pipe")
+    return refused(run(resolve, "pipe", "x", folder=folder), "'pipe' is not a regular file")
+
+
+@in_a_folder
+def pipe_for_debug_information(resolve, program, folder):
+    """Nor is one that a program names as the place of its debug information."""
+    os.mkfifo(folder / "pipe")
+    place = os.path.realpath(folder / "pipe")
+    integer = elf.INTEGER_ENTRY
+    cases = {
+        "split": (elf.skeleton("pipe"), "lies in '" + place + "', which is not a regular file"),
+        "apart": (elf.elf_file([elf.link(".gnu_debuglink", "pipe", bytes(3 + 4))]),
+                  "cannot be used: '" + place + "' is not a regular file"),
+        "shared": (elf.with_entries(integer, more=[elf.link(".gnu_debugaltlink", "pipe", bytes(20))]),
+                   "lies in 'pipe', but '" + place + "' is not a regular file"),
+    }
+    wrong = []
+    for name, (content, sentence) in cases.items():
+        (folder / name).write_bytes(content)
+        done = run(resolve, name, "x", folder=folder)
+        if done.returncode != 2 or done.stderr.count("\n") != 1 or sentence not in done.stderr:
+            wrong.append(f"{name}: {done}")
+    return "; ".join(wrong)
+
+
+@in_a_folder
+def debug_folder(resolve, program, folder):
+    """The folder of debug information can be chosen."""
+    build_id = struct.pack("<III", 4, 20, 3) + b"GNU\0" + bytes(range(20))
+    note = (".note.gnu.build-id", build_id)
+    (folder / "apart").write_bytes(elf.elf_file([note]))
+    place = folder / "symbols/.build-id/00" / (bytes(range(1, 20)).hex() + ".debug")
+    place.parent.mkdir(parents=True)
+    place.write_bytes(elf.with_entries(elf.INTEGER_ENTRY, more=[note]))
+    found = run(resolve, "--debug-folder", "symbols", "apart", "sizeof(int)", folder=folder)
+    missed = run(resolve, "apart", "sizeof(int)", folder=folder)
+    if (found.stdout, found.stderr, found.returncode) != ("4\n", "", 0):
+        return f"got {found}"
+    return refused(missed, "the program 'apart' has no debug information and no symbols")
+
+
+@in_a_folder
+def unreadable(resolve, program, folder):
+    """A file without the right to read it."""
+    if os.geteuid() == 0:
+        return ""  # root may read everything
+    (folder / "secret").write_bytes(b"")
+    (folder / "secret").chmod(0)
+    return refused(run(resolve, "secret", "x", folder=folder),
+                   "the file 'secret' cannot be read: Permission denied")
+
+
+@in_a_folder
+def sparse(resolve, program, folder):
+    """A file of 1 TiB that holds nothing."""
+    with open(folder / "sparse", "wb") as file:
+        file.truncate(1 << 40)
+    return refused(run(resolve, "sparse", "x", folder=folder), "'sparse' is not an ELF file")
+
+
+@in_a_folder
+def sparse_program(resolve, program, folder):
+    """A program that goes on for 1 TiB."""
+    content = pathlib.Path(program).read_bytes()
+    (folder / "large").write_bytes(content)
+    os.truncate(folder / "large", 1 << 40)
+    done = run(resolve, "large", "x", folder=folder)
+    return "" if (done.stdout, done.returncode) == ("42\n", 0) else f"got {done}"
+
+
+@in_a_folder
+def truncated(resolve, program, folder):
+    """A program cut off anywhere gives one line: an answer, or why there is none."""
+    content = elf.long_name(2000)
+    wrong = []
+    for size in range(0, len(content), 64):
+        (folder / "cut").write_bytes(content[:size])
+        done = run(resolve, "cut", "sizeof(int)", folder=folder)
+        answered = (done.stdout, done.stderr, done.returncode) == ("4\n", "", 0)
+        failed = done.stdout == "" and done.stderr.count("\n") == 1 and done.returncode in (1, 2)
+        if not answered and not failed:
+            wrong.append(f"{size} bytes: {done}")
+    return "; ".join(wrong)
+
+
+run_table(ROWS, files=FILES, checks=(pipe, pipe_for_debug_information, debug_folder, unreadable, sparse, sparse_program, truncated))
