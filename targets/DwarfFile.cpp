@@ -1,10 +1,41 @@
 #include "targets/DwarfFile.h"
 
+#include <algorithm>
+#include <array>
+
 #include "targets/Error.h"
 #include "targets/SeparateDebug.h"
 #include "targets/Texts.h"
 
 namespace targets {
+namespace {
+
+constexpr std::array<std::string_view, 7> kNeededSections{
+    ".debug_info",     ".debug_types", ".debug_abbrev",     ".debug_str",
+    ".debug_line_str", ".debug_addr",  ".debug_str_offsets"};
+
+/// Is it one of these, or its counterpart in a file of split debug information?
+bool IsNeeded(std::string_view section) {
+  if (section.ends_with(".dwo")) section.remove_suffix(4);
+  return std::find(kNeededSections.begin(), kNeededSections.end(), section) !=
+         kNeededSections.end();
+}
+
+std::string MethodText(std::uint32_t method) {
+  // Some headers do not define it yet.
+  constexpr std::uint32_t kZstandard = 2;
+  if (method == ELFCOMPRESS_ZLIB) return "with zlib, and damaged";
+  return (method == kZstandard ? "with zstd" : "by method " + std::to_string(method)) +
+         ", which this build cannot read";
+}
+
+[[noreturn]] void ThrowBroken(const std::string& path, std::uint64_t offset,
+                              const std::string& what) {
+  throw Error(ErrorCode::kBrokenInfo, "broken debug information in '" + path + "' at offset " +
+                                          Hexadecimal(offset) + ": " + what);
+}
+
+}  // namespace
 
 // libdw takes entries and attributes by pointer to non-const though it only reads them: hence the
 // copies below, of 32 bytes each.
@@ -12,11 +43,14 @@ namespace targets {
 DwarfFile::DwarfFile(const ElfFile& file, const std::string& debugFolder) : file_(file) {
   ForgetErrors();
   dwarf_.reset(dwarf_begin_elf(file.Handle(), DWARF_C_READ, nullptr));
+  const int error = dwarf_errno();
+  CheckCompression(file.Handle(), Path());
   if (dwarf_ != nullptr) {
     // Left to itself, libdw would open whatever the file names, and wait if that is a pipe.
     sharedFile_ = FindSharedDebug(file, debugFolder);
     if (sharedFile_ == nullptr) return;
     shared_.reset(dwarf_begin_elf(sharedFile_->Handle(), DWARF_C_READ, nullptr));
+    CheckCompression(sharedFile_->Handle(), sharedFile_->Path());
     if (shared_ == nullptr) {
       throw Error(ErrorCode::kFileUnusable, "the debug information of '" + sharedFile_->Path() +
                                                 "' cannot be read: " + dwarf_errmsg(-1));
@@ -24,20 +58,20 @@ DwarfFile::DwarfFile(const ElfFile& file, const std::string& debugFolder) : file
     dwarf_setalt(dwarf_.get(), shared_.get());
     return;
   }
-  const int error = dwarf_errno();
   if (!file.HasSection(".debug_info") && !file.HasSection(".zdebug_info")) return;
   throw Error(ErrorCode::kBrokenInfo,
               "the debug information of '" + Path() + "' cannot be read: " + dwarf_errmsg(error));
 }
 
 void DwarfFile::BrokenAt(std::uint64_t offset, const std::string& what) const {
-  throw Error(ErrorCode::kBrokenInfo, "broken debug information in '" + Path() + "' at offset " +
-                                          Hexadecimal(offset) + ": " + what);
+  ThrowBroken(Path(), offset, what);
 }
 
 void DwarfFile::Broken(const Dwarf_Die& die, const std::string& what) const {
   Dwarf_Die copy = die;
-  BrokenAt(dwarf_dieoffset(&copy), what);
+  const bool isShared =
+      die.cu != nullptr && IsShared() && dwarf_cu_getdwarf(die.cu) == shared_.get();
+  ThrowBroken(isShared ? sharedFile_->Path() : Path(), dwarf_dieoffset(&copy), what);
 }
 
 void DwarfFile::Check(const Dwarf_Die& die) const {
@@ -48,10 +82,11 @@ Dwarf_Die DwarfFile::At(DieAddress address) const {
   ForgetErrors();
   Dwarf_Die die{};
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-const-cast): libdw's signature; it only reads.
-  if (dwarf_die_addr_die(dwarf_.get(), const_cast<void*>(address), &die) == nullptr) {
-    BrokenAt(0, dwarf_errmsg(-1));
-  }
-  return die;
+  void* const at = const_cast<void*>(address);
+  if (dwarf_die_addr_die(dwarf_.get(), at, &die) != nullptr) return die;
+  // libdw looks there for what an attribute refers to, but not for an address.
+  if (IsShared() && dwarf_die_addr_die(shared_.get(), at, &die) != nullptr) return die;
+  BrokenAt(0, dwarf_errmsg(-1));
 }
 
 std::optional<Dwarf_Die> DwarfFile::Child(const Dwarf_Die& die) const {
@@ -148,6 +183,27 @@ std::optional<Dwarf_Die> DwarfFile::TypeOf(const Dwarf_Die& die) const {
   const std::optional<Dwarf_Attribute> attribute = InheritedAttribute(die, DW_AT_type);
   if (!attribute) return std::nullopt;
   return Reference(die, *attribute);
+}
+
+void CheckCompression(Elf* elf, const std::string& path) {
+  std::size_t names = 0;
+  if (elf_getshdrstrndx(elf, &names) != 0) return;
+  for (Elf_Scn* section = elf_nextscn(elf, nullptr); section != nullptr;
+       section = elf_nextscn(elf, section)) {
+    GElf_Shdr header{};
+    // What libdw has decompressed by now does not count as compressed any more.
+    if (gelf_getshdr(section, &header) == nullptr || (header.sh_flags & SHF_COMPRESSED) == 0) {
+      continue;
+    }
+    const char* const name = elf_strptr(elf, names, header.sh_name);
+    if (name == nullptr || !IsNeeded(name) || elf_compress(section, 0, 0) >= 0) continue;
+    GElf_Chdr compression{};
+    std::string sentence = "the debug information of '" + path + "' cannot be read: its section ";
+    sentence.append(name).append(" is compressed ");
+    sentence += gelf_getchdr(section, &compression) == nullptr ? "and damaged"
+                                                               : MethodText(compression.ch_type);
+    throw Error(ErrorCode::kBrokenInfo, sentence);
+  }
 }
 
 std::optional<DwarfConstant> ReadConstant(Dwarf_Attribute attribute) {

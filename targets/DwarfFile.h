@@ -32,6 +32,10 @@ class DwarfFile {
   [[nodiscard]] Dwarf* Handle() const { return dwarf_.get(); }
   [[nodiscard]] const std::string& Path() const { return file_.Path(); }
 
+  /// Does this file share parts of its debug information with others?
+  [[nodiscard]] bool IsShared() const { return shared_ != nullptr; }
+
+  /// The entry at `address`, in this file, in what it has split off, or in what it shares.
   [[nodiscard]] Dwarf_Die At(DieAddress address) const;
 
   /// The first child, or nothing.
@@ -62,6 +66,7 @@ class DwarfFile {
 
   /// Throws `Error` (`kBrokenInfo`) about `die`, with `what` or else libdw's last error.
   [[noreturn]] void Broken(const Dwarf_Die& die, const std::string& what) const;
+  /// The same about an offset in the file itself.
   [[noreturn]] void BrokenAt(std::uint64_t offset, const std::string& what) const;
   /// Throws like `Broken` if libdw has recorded an error since the last `ForgetErrors`.
   void Check(const Dwarf_Die& die) const;
@@ -77,6 +82,10 @@ class DwarfFile {
   std::unique_ptr<Dwarf, EndDwarf> shared_;
   std::unique_ptr<Dwarf, EndDwarf> dwarf_;
 };
+
+/// Throws `Error` (`kBrokenInfo`) that names `path`, the section and the method when a section
+/// without which nothing can be named is compressed in a way that libelf cannot undo.
+void CheckCompression(Elf* elf, const std::string& path);
 
 /// A constant attribute's value. Forms that do not tell the sign count as unsigned.
 struct DwarfConstant {

@@ -82,11 +82,21 @@ bool IsStaticLocation(Dwarf_Attribute location) {
          last == DW_OP_form_tls_address || last == DW_OP_GNU_push_tls_address;
 }
 
+/// What namespaces declare, each entry with its namespace.
+using Declarations = std::unordered_map<DieAddress, DieAddress>;
+
 /// Walks over one unit.
 class UnitWalk {
  public:
-  UnitWalk(const DwarfFile& file, const DwarfUnits& units, std::uint32_t unit, IndexTable* table)
-      : file_(file), units_(units), unit_(unit), table_(table) {}
+  /// `common` takes the declarations of units that are no source file: others refer to them.
+  UnitWalk(const DwarfFile& file, const DwarfUnits& units, std::uint32_t unit, IndexTable* table,
+           Declarations* common)
+      : file_(file),
+        units_(units),
+        unit_(unit),
+        table_(table),
+        common_(common),
+        declared_(units.At(unit).name.empty() ? common : &own_) {}
 
   void TopLevel() {
     Walk([](int tag) { return tag == DW_TAG_namespace || tag == DW_TAG_module; },
@@ -173,7 +183,7 @@ class UnitWalk {
     if (owner == nullptr) {
       entry.owner = NamedNamespace();
       entry.isScoped = entry.owner != nullptr;
-      if (entry.isScoped && entry.isDeclaration) scopedDeclarations_[die.addr] = entry.owner;
+      if (entry.isScoped && entry.isDeclaration) (*declared_)[die.addr] = entry.owner;
     }
     if (*kind == EntryKind::kEnum && !scanned.isDeclaration) IndexEnumerators(die, entry);
     if (owner != nullptr && !IsWantedInside(*kind, scanned)) return;
@@ -193,10 +203,13 @@ class UnitWalk {
                                 std::string_view name, IndexEntry* entry) {
     const Dwarf_Die declaration = file_.Reference(die, origin);
     table_->completed.insert(declaration.addr);
-    entry->unit = units_.NumberOf(declaration, unit_);
+    // A declaration that several files have in common says nothing about this one's.
+    const std::uint32_t unit = units_.NumberOf(declaration, unit_);
+    if (!units_.At(unit).name.empty()) entry->unit = unit;
     // Compilers define what a namespace declares outside of it.
-    if (const auto scoped = scopedDeclarations_.find(declaration.addr);
-        scoped != scopedDeclarations_.end() && entry->owner == nullptr) {
+    for (const Declarations* declarations : {&own_, common_}) {
+      const auto scoped = declarations->find(declaration.addr);
+      if (scoped == declarations->end() || entry->owner != nullptr) continue;
       entry->owner = scoped->second;
       entry->isScoped = true;
     }
@@ -217,9 +230,10 @@ class UnitWalk {
   const DwarfUnits& units_;
   std::uint32_t unit_;
   IndexTable* table_;
+  Declarations* common_;
+  Declarations own_;
+  Declarations* declared_;
   std::vector<Level> levels_;
-  /// What the namespaces of the unit declare, each with its namespace.
-  std::unordered_map<DieAddress, DieAddress> scopedDeclarations_;
 };
 
 template <typename Step>
@@ -237,15 +251,19 @@ void ForEachUnit(const DwarfUnits& units, Damage* damage, Step step) {
 
 DwarfIndex::DwarfIndex(const DwarfFile& file, const DwarfUnits& units, Damage* damage)
     : file_(file), units_(units), damage_(damage) {
-  ForEachUnit(units, damage,
-              [&](std::uint32_t unit) { UnitWalk(file, units, unit, &global_).TopLevel(); });
+  Declarations common;
+  ForEachUnit(units, damage, [&](std::uint32_t unit) {
+    UnitWalk(file, units, unit, &global_, &common).TopLevel();
+  });
 }
 
 IndexTable& DwarfIndex::Local() {
   if (!localRead_) {
     localRead_ = true;
-    ForEachUnit(units_, damage_,
-                [&](std::uint32_t unit) { UnitWalk(file_, units_, unit, &local_).Inside(); });
+    Declarations common;
+    ForEachUnit(units_, damage_, [&](std::uint32_t unit) {
+      UnitWalk(file_, units_, unit, &local_, &common).Inside();
+    });
   }
   return local_;
 }

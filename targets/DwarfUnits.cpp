@@ -35,10 +35,19 @@ std::string SplitFile(const DwarfFile& file, const Dwarf_Die& skeleton) {
   return "";
 }
 
-/// Throws when one of the places where libdw looks for the file holds something else, such as a
-/// pipe: libdw would open it and wait.
-void CheckSplitFile(const DwarfFile& file, const Dwarf_Die& skeleton, const std::string& name) {
-  namespace fs = std::filesystem;
+namespace fs = std::filesystem;
+
+[[noreturn]] void SplitFailed(const DwarfFile& file, const std::string& name,
+                              const std::string& what) {
+  throw Error(ErrorCode::kNoNames, "part of the debug information of '" + file.Path() +
+                                       "' lies in " +
+                                       (name.empty() ? "a .dwo file" : "'" + name + "'") + what);
+}
+
+/// The files among the places where libdw looks for the file. Throws when one of these holds
+/// something else, such as a pipe: libdw would open it and wait.
+std::vector<std::string> SplitFiles(const DwarfFile& file, const Dwarf_Die& skeleton,
+                                    const std::string& name) {
   std::error_code error;
   const fs::path folder = fs::canonical(file.Path(), error).parent_path();
   std::vector<fs::path> places{folder / name};
@@ -47,13 +56,50 @@ void CheckSplitFile(const DwarfFile& file, const Dwarf_Die& skeleton, const std:
       places.push_back(folder / text / name);
     }
   }
+  std::vector<std::string> files;
   for (const fs::path& place : places) {
     const fs::file_status status = fs::status(place, error);
-    if (!fs::exists(status) || fs::is_regular_file(status)) continue;
-    throw Error(ErrorCode::kNoNames, "part of the debug information of '" + file.Path() +
-                                         "' lies in '" + place.string() +
-                                         "', which is not a regular file");
+    if (!fs::exists(status)) continue;
+    if (!fs::is_regular_file(status)) {
+      SplitFailed(file, place.string(), ", which is not a regular file");
+    }
+    files.push_back(place.string());
   }
+  return files;
+}
+
+/// Throws with the reason why libdw did not use any of `files`.
+[[noreturn]] void ExplainSplit(const DwarfFile& file, const std::string& name,
+                               const std::vector<std::string>& files) {
+  if (files.empty()) SplitFailed(file, name, ", which is not there");
+  try {
+    const ElfFile split(files.front(), ElfFile::Use::kDebugInformation);
+    CheckCompression(split.Handle(), split.Path());
+  } catch (const Error& error) {
+    SplitFailed(file, name, std::string(", but ") + error.what());
+  }
+  SplitFailed(file, name, ", but what is there does not fit");
+}
+
+/// In C, a tag names a type only behind its keyword; in C++ and most others it does by itself.
+bool TagsAreTypesIn(std::uint64_t language) {
+  switch (language) {
+    case 0:
+    case DW_LANG_C89:
+    case DW_LANG_C:
+    case DW_LANG_C99:
+    case DW_LANG_C11:
+    case DW_LANG_ObjC:
+    case DW_LANG_Mips_Assembler:
+      return false;
+    default:
+      return true;
+  }
+}
+
+bool IsPartial(const Dwarf_Die& root) {
+  Dwarf_Die copy = root;
+  return dwarf_tag(&copy) == DW_TAG_partial_unit;
 }
 
 DieAddress EndOf(const Dwarf_Die& root) {
@@ -75,6 +121,15 @@ DieAddress EndOf(const Dwarf_Die& root) {
 
 DwarfUnits::DwarfUnits(const DwarfFile& file, Damage* damage) : file_(file) {
   if (!file.Any()) return;
+  ReadUnits(damage);
+  const bool divided =
+      file.IsShared() ||
+      std::any_of(units_.begin(), units_.end(), [&](auto& unit) { return IsPartial(unit.root); });
+  // Most programs are spared the walk.
+  if (divided) FollowImports(damage);
+}
+
+void DwarfUnits::ReadUnits(Damage* damage) {
   Dwarf_CU* unit = nullptr;
   while (true) {
     DwarfFile::ForgetErrors();
@@ -83,14 +138,14 @@ DwarfUnits::DwarfUnits(const DwarfFile& file, Damage* damage) : file_(file) {
     std::uint8_t type = 0;
     Dwarf_Die root{};
     const int outcome =
-        dwarf_get_units(file.Handle(), unit, &next, &version, &type, &root, nullptr);
+        dwarf_get_units(file_.Handle(), unit, &next, &version, &type, &root, nullptr);
     if (outcome > 0) return;
     try {
       if (outcome < 0) {
         const Dwarf_Die last = units_.empty() ? Dwarf_Die{} : units_.back().root;
         const std::string what = std::string("the unit after this one: ") + dwarf_errmsg(-1);
-        if (last.addr == nullptr) file.BrokenAt(0, dwarf_errmsg(-1));
-        file.Broken(last, what);
+        if (last.addr == nullptr) file_.BrokenAt(0, dwarf_errmsg(-1));
+        file_.Broken(last, what);
       }
       unit = next;
       if (type != DW_UT_skeleton) {
@@ -107,14 +162,11 @@ DwarfUnits::DwarfUnits(const DwarfFile& file, Damage* damage) : file_(file) {
 
 void DwarfUnits::AddSplit(const Dwarf_Die& skeleton) {
   const std::string name = SplitFile(file_, skeleton);
-  CheckSplitFile(file_, skeleton, name);
+  const std::vector<std::string> files = SplitFiles(file_, skeleton, name);
   Dwarf_Die split{};
   dwarf_cu_info(skeleton.cu, nullptr, nullptr, nullptr, &split, nullptr, nullptr, nullptr);
-  if (split.addr == nullptr) {
-    throw Error(ErrorCode::kNoNames,
-                "part of the debug information of '" + file_.Path() + "' lies in " +
-                    (name.empty() ? "a .dwo file" : "'" + name + "'") + ", which is not there");
-  }
+  if (split.addr == nullptr) ExplainSplit(file_, name, files);
+  CheckCompression(dwarf_getelf(dwarf_cu_getdwarf(split.cu)), name);
   Add(split, skeleton);
 }
 
@@ -129,9 +181,101 @@ void DwarfUnits::Add(const Dwarf_Die& root, const Dwarf_Die& named) {
       if (const char* const text = dwarf_formstring(&*directory)) unit.directory = text;
     }
   }
+  unit.source = unit.name;
   unit.language = file_.Unsigned(root, DW_AT_language).value_or(0);
+  unit.tagsAreTypes = TagsAreTypesIn(unit.language);
   numbers_.emplace(root.cu, Count());
   units_.push_back(unit);
+}
+
+void DwarfUnits::FollowImports(Damage* damage) {
+  for (std::uint32_t n = 0; n < Count(); ++n) {
+    try {
+      ReadImports(n);
+    } catch (const Error& error) {
+      if (!*damage) *damage = error;
+    }
+  }
+  const std::vector<std::uint32_t> order = ImportedFirst();
+  std::vector<std::uint32_t> places(order.size());
+  for (std::uint32_t n = 0; n < Count(); ++n) places[order[n]] = n;
+  std::vector<DwarfUnit> ordered;
+  ordered.reserve(order.size());
+  for (const std::uint32_t number : order) ordered.push_back(std::move(units_[number]));
+  units_ = std::move(ordered);
+  for (DwarfUnit& unit : units_) {
+    for (std::uint32_t& number : unit.imports) number = places[number];
+  }
+  for (auto& [unit, number] : numbers_) number = places[number];
+  PassToImports(&DwarfUnit::tagsAreTypes);
+  PassToImports(&DwarfUnit::source);
+}
+
+/// Adds the units that this one imports from another file.
+void DwarfUnits::ReadImports(std::uint32_t number) {
+  for (auto die = file_.Child(units_[number].root); die; die = file_.Sibling(*die)) {
+    if (file_.Tag(*die) != DW_TAG_imported_unit) continue;
+    const std::optional<Dwarf_Attribute> attribute = file_.Attribute(*die, DW_AT_import);
+    if (!attribute) continue;
+    const Dwarf_Die imported = file_.Reference(*die, *attribute);
+    // Link-time optimization imports whole source files, which stay what they are.
+    if (!IsPartial(imported)) continue;
+    if (numbers_.count(imported.cu) == 0) Add(imported, imported);
+    units_[number].imports.push_back(numbers_.at(imported.cu));
+  }
+}
+
+std::vector<std::uint32_t> DwarfUnits::ImportedFirst() const {
+  struct Step {
+    std::uint32_t unit = 0;
+    std::size_t next = 0;
+  };
+  std::vector<bool> isImported(units_.size());
+  for (const DwarfUnit& unit : units_) {
+    for (const std::uint32_t number : unit.imports) isImported[number] = true;
+  }
+  std::vector<bool> seen(units_.size());
+  std::vector<std::uint32_t> order;
+  std::vector<Step> path;
+  // Units that import each other in a circle are left for the second time.
+  for (const bool all : {false, true}) {
+    for (std::uint32_t n = 0; n < Count(); ++n) {
+      if (seen[n] || (isImported[n] && !all)) continue;
+      seen[n] = true;
+      path.push_back({n, 0});
+      while (!path.empty()) {
+        Step& step = path.back();
+        if (step.next == units_[step.unit].imports.size()) {
+          order.push_back(step.unit);
+          path.pop_back();
+          continue;
+        }
+        const std::uint32_t number = units_[step.unit].imports[step.next++];
+        if (seen[number]) continue;
+        seen[number] = true;
+        path.push_back({number, 0});
+      }
+    }
+  }
+  return order;
+}
+
+/// Gives what a unit has to those that it imports, and to theirs, unless they have it already.
+template <typename Value>
+void DwarfUnits::PassToImports(Value DwarfUnit::*member) {
+  const Value none{};
+  std::vector<std::uint32_t> pending;
+  for (std::uint32_t n = 0; n < Count(); ++n) {
+    if (units_[n].*member != none) pending.push_back(n);
+  }
+  for (std::size_t i = 0; i < pending.size(); ++i) {
+    const DwarfUnit& from = units_[pending[i]];
+    for (const std::uint32_t number : from.imports) {
+      if (units_[number].*member != none) continue;
+      units_[number].*member = from.*member;
+      pending.push_back(number);
+    }
+  }
 }
 
 std::uint32_t DwarfUnits::NumberOf(const Dwarf_Die& die, std::uint32_t otherwise) const {
@@ -143,24 +287,9 @@ bool DwarfUnits::IsAssembly(std::uint32_t number) const {
   return units_[number].language == DW_LANG_Mips_Assembler;
 }
 
-bool DwarfUnits::TagsAreTypes(std::uint32_t number) const {
-  switch (units_[number].language) {
-    case 0:
-    case DW_LANG_C89:
-    case DW_LANG_C:
-    case DW_LANG_C99:
-    case DW_LANG_C11:
-    case DW_LANG_ObjC:
-    case DW_LANG_Mips_Assembler:
-      return false;
-    default:
-      return true;
-  }
-}
-
 std::optional<std::uint32_t> DwarfUnits::Current() const {
   for (std::uint32_t n = 0; n < Count(); ++n) {
-    if (units_[n].current) return n;
+    if (units_[n].current && !units_[n].name.empty()) return n;
   }
   return std::nullopt;
 }
@@ -175,6 +304,7 @@ std::optional<std::uint32_t> DwarfUnits::FirstSource() const {
 void DwarfUnits::MakeCurrent(std::uint32_t number) {
   const std::string path = FullPath(units_[number]);
   for (DwarfUnit& unit : units_) unit.current = !unit.name.empty() && FullPath(unit) == path;
+  PassToImports(&DwarfUnit::current);
 }
 
 void DwarfUnits::MakeCurrent(const std::string& name) {
@@ -202,6 +332,7 @@ void DwarfUnits::MakeCurrent(const std::string& name) {
     unit.current =
         !unit.name.empty() && FullPath(unit) == (paths.size() > 1 ? name : *paths.begin());
   }
+  PassToImports(&DwarfUnit::current);
 }
 
 std::vector<std::string> DwarfUnits::SourceFiles() const {

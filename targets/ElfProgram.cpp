@@ -169,6 +169,7 @@ struct ElfProgram::Parts {
     Label label;
     label.kind = symbol->isFunction ? LabelKind::kFunction : LabelKind::kSymbol;
     label.value = symbol->value;
+    if (damage && !symbol->isFunction) label.whyUntyped = damage->what();
     return label;
   }
 
@@ -328,8 +329,10 @@ void ElfProgram::ListTypes(const std::function<void(const Listing&)>& visit) {
       for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
         const IndexEntry& entry = table->entries[n];
         if (IsLabelKind(entry.kind) || entry.isDeclaration) continue;
-        listings.emplace(TypeLookup::SpelledName(entry.kind, table->names.NameOf(n)),
-                         DetailOrError([&] {
+        std::string name = TypeLookup::SpelledName(entry.kind, table->names.NameOf(n));
+        // Such as `list<int>`, which an expression would be cut in.
+        if (!CanonicalTypeName(name, [](std::string_view) { return true; })) continue;
+        listings.emplace(std::move(name), DetailOrError([&] {
                            const Dwarf_Die die = debug.file.At(entry.die);
                            if (entry.kind == EntryKind::kTypedef) {
                              return TypeText(debug.file, debug.file.TypeOf(die));

@@ -21,7 +21,7 @@ std::optional<Label> LabelChoice::Find(std::string_view name, IndexTable& table)
   if (candidates.size() == 1) return Make(name, candidates.front());
   std::vector<std::string_view> files;
   for (const Candidate& candidate : candidates) {
-    files.push_back(units_.At(candidate.entry.unit).name);
+    files.push_back(units_.At(candidate.entry.unit).source);
   }
   // What is left of each path tells the files apart, and is what choosing one of them takes.
   const std::size_t folder = CommonFolder(files);
@@ -140,7 +140,7 @@ Label LabelChoice::Typed(std::string_view name, const IndexEntry& entry, std::ui
                              std::to_string(type.size) +
                              " bytes, which is no integer, float or double of up to 8 bytes");
   }
-  return {LabelKind::kVariable, address, true, type.record};
+  return {LabelKind::kVariable, address, true, type.record, {}};
 }
 
 /// The constant of a variable that exists nowhere else, with the sign of its type.
@@ -165,7 +165,7 @@ std::string LabelChoice::Whereabouts(const IndexEntry& entry, std::size_t folder
     text = std::string(file_.Name(owner));
     text += file_.Tag(owner) == DW_TAG_subprogram ? "() of " : " of ";
   }
-  const std::string_view unit = units_.At(entry.unit).name;
+  const std::string_view unit = units_.At(entry.unit).source;
   if (!unit.empty()) return text.append(unit.substr(folder));
   return text + "the unit at offset " + Hexadecimal([&] {
            Dwarf_Die root = units_.At(entry.unit).root;

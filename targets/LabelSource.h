@@ -24,6 +24,8 @@ struct Label {
   /// `type` is set: the label is an object of that type.
   bool typed = false;
   DataLableType type;
+  /// Why the label may have a type that could not be had; empty when it has one, or none is lost.
+  std::string whyUntyped;
 };
 
 /// A member of a record that the record cannot say everything about.

@@ -64,6 +64,7 @@ std::string Decimal(Number value) {
 
 void ProgramHost::StartResolution() {
   failure_.reset();
+  untyped_.clear();
   accesses_.clear();
 }
 
@@ -146,6 +147,8 @@ std::uint64_t ProgramHost::FindLabel(const char* text, bool* undefined, bool* co
         LabelTyped = true;
         LabelType.Swap(label->type);
         LabelType.PointerSize = labels_.PointerSize();
+      } else if (!label->whyUntyped.empty() && untyped_.empty()) {
+        untyped_ = "of '" + std::string(name) + "' only the address is known: " + label->whyUntyped;
       }
       return label->value;
     }

@@ -30,12 +30,17 @@ class ProgramHost : public TParrentInterface {
  public:
   ProgramHost(LabelSource& labels, MemorySource& memory) : labels_(labels), memory_(memory) {}
 
-  /// Forgets the accesses and the failure of the resolution before. Types and labels stay.
+  /// Forgets the accesses, the failure and the untyped label of the resolution before. Types and
+  /// labels stay.
   void StartResolution();
 
   /// The first thing that failed since `StartResolution`: memory that could not be read (the
   /// sentence names its address), or a label or type that failed or is not representable.
   [[nodiscard]] const std::optional<Error>& FirstFailure() const { return failure_; }
+
+  /// About the first label since `StartResolution` that came without the type it may have, and why;
+  /// empty when there was none. Whatever the expression does to it is done to its address.
+  [[nodiscard]] const std::string& FirstUntyped() const { return untyped_; }
 
   /// The reads that succeeded since `StartResolution`, in order.
   [[nodiscard]] const std::vector<MemoryAccess>& Accesses() const { return accesses_; }
@@ -54,6 +59,7 @@ class ProgramHost : public TParrentInterface {
   LabelSource& labels_;
   MemorySource& memory_;
   std::optional<Error> failure_;
+  std::string untyped_;
   std::vector<MemoryAccess> accesses_;
 };
 

@@ -182,6 +182,14 @@ SeparateDebug FindSeparateDebug(const ElfFile& program, const std::string& debug
 }
 
 std::unique_ptr<ElfFile> FindSharedDebug(const ElfFile& file, const std::string& debugFolder) {
+  const auto apart = [&file](const std::string& rest) {
+    return Error(ErrorCode::kFileUnusable,
+                 "part of the debug information of " + Quoted(file.Path()) + " lies in " + rest);
+  };
+  if (file.HasSection(".debug_sup")) {
+    // libdw takes the references to it for references within the file, and finds other types.
+    throw apart("a supplementary file of DWARF 5 (.debug_sup), which this build cannot read");
+  }
   const std::optional<Link> link = ReadLink(file, ".gnu_debugaltlink");
   if (!link) return nullptr;
   const std::string buildId = Digits(link->rest);
@@ -201,8 +209,7 @@ std::unique_ptr<ElfFile> FindSharedDebug(const ElfFile& file, const std::string&
       why = std::string("but ") + unusable.what();
     }
   }
-  throw Error(ErrorCode::kFileUnusable, "part of the debug information of " + Quoted(file.Path()) +
-                                            " lies in " + Quoted(link->name) + ", " + why);
+  throw apart(Quoted(link->name) + ", " + why);
 }
 
 std::uint32_t Checksum(std::span<const std::byte> bytes) {

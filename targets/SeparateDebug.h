@@ -31,7 +31,7 @@ SeparateDebug FindSeparateDebug(const ElfFile& program, const std::string& debug
 
 /// The file that `file` shares parts of its debug information with, by its `.gnu_debugaltlink`;
 /// null when it names none. Throws `Error` (`kFileUnusable`) when the file is not there or is
-/// another one.
+/// another one, or when `file` names it in the way of DWARF 5, `.debug_sup`.
 std::unique_ptr<ElfFile> FindSharedDebug(const ElfFile& file, const std::string& debugFolder);
 
 /// The checksum that `.gnu_debuglink` holds: CRC-32 with the polynomial of IEEE 802.3.

@@ -59,9 +59,13 @@ bool IsBlank(char c) {
   return c == ' ' || c == '\t' || c == '\n' || c == '\r';
 }
 
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
 bool IsNameByte(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_' ||
-         c == '$' || static_cast<unsigned char>(c) >= 0x80;
+  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || IsDigit(c) || c == '_' || c == '$' ||
+         static_cast<unsigned char>(c) >= 0x80;
 }
 
 /// The qualifier that `text` begins with, or an empty text.
@@ -143,7 +147,7 @@ std::optional<Parts> TakeApart(std::string_view text) {
     if (!IsNameByte(text[at])) return std::nullopt;
     parts.base += text[at++];
   }
-  if (parts.base.empty() || (parts.base[0] >= '0' && parts.base[0] <= '9')) return std::nullopt;
+  if (parts.base.empty()) return std::nullopt;
   while (at < text.size()) {
     const std::string_view rest = text.substr(at);
     if (rest[0] == '*') {
@@ -190,13 +194,13 @@ class Readings {
   /// Readings of the bytes from `front` to `back` of the base.
   std::optional<std::string> FirstWithin(std::size_t front, std::size_t back) const {
     const std::string_view text = std::string_view(parts_.base).substr(front, back - front);
-    if (IsOneWord(front, back) && isKnown_(text)) return std::string(text);
+    if (IsName(front, back) && isKnown_(text)) return std::string(text);
     if (std::string basic = CanonicalBasicType(text); !basic.empty() && isKnown_(basic)) {
       return basic;
     }
     for (const std::string_view tag : kTags) {
       if (!text.starts_with(tag) || text.size() == tag.size()) continue;
-      if (!IsOneWord(front + tag.size(), back)) continue;
+      if (!IsName(front + tag.size(), back)) continue;
       std::string name(tag);
       name += ' ';
       name += text.substr(tag.size());
@@ -205,7 +209,9 @@ class Readings {
     return std::nullopt;
   }
 
-  bool IsOneWord(std::size_t front, std::size_t back) const {
+  /// One word, and no number: `restrict0X` is one name, not a qualifier before another.
+  bool IsName(std::size_t front, std::size_t back) const {
+    if (IsDigit(parts_.base[front])) return false;
     const auto gap = std::upper_bound(parts_.gaps.begin(), parts_.gaps.end(), front);
     return gap == parts_.gaps.end() || *gap >= back;
   }

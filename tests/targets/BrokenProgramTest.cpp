@@ -91,7 +91,7 @@ TEST_F(BrokenProgramTest, AnyByteChanged) {
     return state >> 33;
   };
   for (const char* fixture : {"values-x64-dwarf2", "values-x64-dwarf5", "values-m32-pie", "hosted",
-                              "classes", "values-x64-type-units4"}) {
+                              "classes", "values-x64-type-units4", "spaces-partial"}) {
     const std::string whole = Contents(FixturePath(fixture));
     for (int round = 0; round < 60; ++round) {
       std::string changed = whole;

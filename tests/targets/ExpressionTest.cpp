@@ -204,14 +204,15 @@ INSTANTIATE_TEST_SUITE_P(
                     Format{"values-x64-dwarf5", 8}, Format{"values-x64-compressed", 8},
                     Format{"values-x64-type-units", 8}, Format{"values-x64-type-units4", 8},
                     Format{"values-x64-dwarf64", 8}, Format{"values-x64-clang", 8},
-                    Format{"values-x64-clang4", 8}, Format{"values-m32-pie", 4},
-                    Format{"values-m32-dwarf2", 4}, Format{"values-m32-dwarf3", 4},
-                    Format{"values-m32-dwarf4", 4}, Format{"values-m32-dwarf5", 4},
-                    Format{"values-powerpc", 4}, Format{"values-powerpc-pie", 4},
-                    Format{"values-powerpc64", 8}, Format{"values-powerpc64-pie", 8},
-                    Format{"values-mips", 4}, Format{"values-mips-pie", 4},
-                    Format{"values-aarch64", 8}, Format{"values-aarch64-pie", 8},
-                    Format{"values-arm-pie", 4}),
+                    Format{"values-x64-dwarf5-shared", 8}, Format{"values-x64-dwarf5-partial", 8},
+                    Format{"values-m32-dwarf4-shared", 4}, Format{"values-x64-clang4", 8},
+                    Format{"values-m32-pie", 4}, Format{"values-m32-dwarf2", 4},
+                    Format{"values-m32-dwarf3", 4}, Format{"values-m32-dwarf4", 4},
+                    Format{"values-m32-dwarf5", 4}, Format{"values-powerpc", 4},
+                    Format{"values-powerpc-pie", 4}, Format{"values-powerpc64", 8},
+                    Format{"values-powerpc64-pie", 8}, Format{"values-mips", 4},
+                    Format{"values-mips-pie", 4}, Format{"values-aarch64", 8},
+                    Format{"values-aarch64-pie", 8}, Format{"values-arm-pie", 4}),
     [](const testing::TestParamInfo<Format>& format) {
       std::string name = format.param.fixture;
       for (char& c : name) {

@@ -152,6 +152,44 @@ TEST(Label, DebugInformationInFilesOfItsOwn) {
   EXPECT_FALSE(lost.FindLabel("bits")->typed);
 }
 
+TEST(Label, WithoutItsTypeSaysWhy) {
+  struct Row {
+    std::string fixture;
+    std::string label;
+    std::string reason;
+  };
+  const std::string folder = FixturePath("");
+  const auto split = [&](const std::string& name, const std::string& rest) {
+    return "part of the debug information of '" + folder + name + "' lies in '" + folder + name +
+           ".dwo', " + rest;
+  };
+  const auto zstd = [&](const std::string& name, const std::string& section) {
+    return "the debug information of '" + folder + name + "' cannot be read: its section " +
+           section + " is compressed with zstd, which this build cannot read";
+  };
+  const Row rows[] = {
+      {"split-lost", "bits", split("split-lost", "which is not there")},
+      {"split-other", "bits", split("split-other", "but what is there does not fit")},
+      {"split-zstd", "bits",
+       split("split-zstd", "but " + zstd("split-zstd.dwo", ".debug_info.dwo"))},
+      {"hosted-zstd", "bits", zstd("hosted-zstd", ".debug_info")},
+      {"supplementary", "bits",
+       "part of the debug information of '" + folder +
+           "supplementary' lies in a supplementary file of DWARF 5 (.debug_sup), which this build "
+           "cannot read"},
+      // Nothing is lost of these.
+      {"split-lost", "main", ""},
+      {"split", "bits", ""},
+      {"split", "_IO_stdin_used", ""},
+  };
+  for (const Row& row : rows) {
+    ElfProgram program(FixturePath(row.fixture));
+    EXPECT_EQ(program.FindLabel(row.label)->whyUntyped, row.reason) << row.fixture;
+    if (row.reason.empty()) continue;
+    EXPECT_EQ(ErrorOf([&] { program.FindLabel("nothing"); }), row.reason) << row.fixture;
+  }
+}
+
 TEST(Label, LinkTimeOptimizationKeepsFilesApart) {
   ElfProgram program(FixturePath("link-time"));
   EXPECT_EQ(Evaluate(program, "count"), "11/4");

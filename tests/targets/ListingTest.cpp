@@ -78,6 +78,17 @@ TEST(Listing, EveryTypeListedCanBeNamed) {
   }
 }
 
+TEST(Listing, LeavesOutTypesThatNoExpressionCanHold) {
+  ElfProgram program(FixturePath("classes"));
+  const std::vector<std::string> lines = Types(program);
+  ExpectHolds(lines, {"Crate: struct Box<char>", "struct Base: 8 bytes"});
+  EXPECT_FALSE(std::any_of(lines.begin(), lines.end(),
+                           [](const std::string& line) { return line.find("struct Box") == 0; }));
+  EXPECT_EQ(Evaluate(program, "sizeof(Crate)"), "1/8");
+  EXPECT_EQ(Evaluate(program, "box.held"), "15/4");
+  EXPECT_EQ(Evaluate(program, "sizeof(Box<int>)"), "error: Undefined label Box");
+}
+
 TEST(Listing, SaysWhatHasNoAddress) {
   ElfProgram optimized(FixturePath("optimized"));
   ExpectHolds(Labels(optimized),

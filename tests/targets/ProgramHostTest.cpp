@@ -233,8 +233,8 @@ TEST_F(ProgramHostTest, LabelsLoseTheResolversMarks) {
   type.Name = "int";
   type.Size = 4;
   type.PointerSize = 8;
-  labels.labels["interval"] = {LabelKind::kVariable, 0x1000, true, type};
-  labels.labels["where"] = {LabelKind::kSymbol, 0x2000, false, {}};
+  labels.labels["interval"] = {LabelKind::kVariable, 0x1000, true, type, ""};
+  labels.labels["where"] = {LabelKind::kSymbol, 0x2000, false, {}, ""};
   for (const char* text :
        {"interval", ":@:interval", "*:@:interval", "**interval", "inter:@:val"}) {
     const Found found = Find(text);
@@ -248,6 +248,20 @@ TEST_F(ProgramHostTest, LabelsLoseTheResolversMarks) {
   EXPECT_FALSE(host.LabelTyped);
   EXPECT_TRUE(Find("nothing").undefined);
   EXPECT_EQ(Failure(), "none");
+}
+
+TEST_F(ProgramHostTest, TheFirstLabelWithoutItsTypeIsRemembered) {
+  labels.labels["plain"] = {LabelKind::kSymbol, 0x2000, false, {}, ""};
+  labels.labels["first"] = {LabelKind::kSymbol, 0x2000, false, {}, "a file is lost"};
+  labels.labels["second"] = {LabelKind::kSymbol, 0x2000, false, {}, "so is another"};
+  EXPECT_EQ(Find("plain").value, 0x2000U);
+  EXPECT_EQ(host.FirstUntyped(), "");
+  EXPECT_EQ(Find("*first").value, 0x2000U);
+  EXPECT_EQ(Find("second").value, 0x2000U);
+  EXPECT_EQ(host.FirstUntyped(), "of 'first' only the address is known: a file is lost");
+  EXPECT_EQ(Failure(), "none");
+  host.StartResolution();
+  EXPECT_EQ(host.FirstUntyped(), "");
 }
 
 TEST_F(ProgramHostTest, FailingLookUpsAreUndefinedAndRemembered) {

@@ -36,9 +36,10 @@ class SeparateDebug : public testing::Test {
     fs::copy_file(FixturePath(fixture_ + ".debug"), folder_ / place);
   }
 
-  [[nodiscard]] std::string BuildIdPlace() const {
+  /// Where a debug folder has what belongs to the build-id of this fixture.
+  [[nodiscard]] static std::string BuildIdPlace(const std::string& fixture) {
     std::string digits;
-    const targets::ElfFile file(FixturePath(fixture_));
+    const targets::ElfFile file(FixturePath(fixture), targets::ElfFile::Use::kDebugInformation);
     for (const std::byte byte : file.BuildId()) {
       const auto value = std::to_integer<std::size_t>(byte);
       digits += std::string{"0123456789abcdef"[value / 16], "0123456789abcdef"[value % 16]};
@@ -54,7 +55,7 @@ class SeparateDebug : public testing::Test {
       outcome = Evaluate(program, "bits.whole");
       // Labels that are known to the symbol table alone come from there.
       if (outcome == "9/4" && !program.FindLabel("_start")) outcome += " without symbols";
-      if (outcome != "9/4") outcome = ErrorOf([&] { program.FindLabel("bits"); });
+      if (outcome != "9/4") outcome = ErrorOf([&] { program.FindLabel("nowhere"); });
     } catch (const targets::Error& error) {
       outcome = error.what();
     }
@@ -81,7 +82,7 @@ TEST_F(SeparateDebug, IsFoundWhereDebuggersLook) {
     }
   }
   Start("apart-sha1");
-  Put(BuildIdPlace());
+  Put(BuildIdPlace("apart-sha1"));
   EXPECT_EQ(Outcome(), "9/4");
 }
 
@@ -114,7 +115,7 @@ TEST_F(SeparateDebug, OfAnotherProgramIsNotUsed) {
   EXPECT_EQ(Outcome(), "9/4");
 
   Start("apart-sha1");
-  const fs::path place = BuildIdPlace();
+  const fs::path place = BuildIdPlace("apart-sha1");
   fs::create_directories((folder_ / place).parent_path());
   fs::copy_file(FixturePath("apart-none.debug"), folder_ / place);
   EXPECT_EQ(Outcome(), "the debug file '@/" + place.string() +
@@ -132,6 +133,54 @@ TEST_F(SeparateDebug, ThatCannotBeReadIsNamed) {
   EXPECT_EQ(Outcome(),
             "the debug file of '@/apart-none' cannot be used: '@/apart-none.debug' is not an ELF "
             "file");
+}
+
+TEST_F(SeparateDebug, SharedWithOtherProgramsIsFound) {
+  for (const std::string& place :
+       {std::string("hosted-shared.debug"), std::string("debug/.dwz/hosted-shared.debug"),
+        BuildIdPlace("hosted-shared.debug")}) {
+    Start("hosted-shared");
+    Put(place);
+    EXPECT_EQ(Outcome(), "9/4") << place;
+    ElfProgram program((folder_ / fixture_).string(), (folder_ / "debug").string());
+    EXPECT_EQ(Evaluate(program, "sizeof(struct large)"), "64/8") << place;
+  }
+}
+
+TEST_F(SeparateDebug, SharedWithOtherProgramsIsNamedWhenItCannotBeUsed) {
+  struct Row {
+    std::string fixture;
+    std::string message;
+  };
+  const Row rows[] = {
+      {"",
+       "part of the debug information of '@/hosted-shared' lies in 'hosted-shared.debug', "
+       "which was not found"},
+      {"classes-shared.debug",
+       "part of the debug information of '@/hosted-shared' lies in 'hosted-shared.debug', whose "
+       "build-id is another one"},
+      {"labels.s",
+       "part of the debug information of '@/hosted-shared' lies in 'hosted-shared.debug', but "
+       "'@/hosted-shared.debug' is not an ELF file"},
+      {"hosted-shared.debug-zstd",
+       "the debug information of '@/hosted-shared.debug' cannot be read: its section .debug_info "
+       "is "
+       "compressed with zstd, which this build cannot read"},
+  };
+  for (const Row& row : rows) {
+    Start("hosted-shared");
+    if (row.fixture == "labels.s") {
+      std::ofstream(folder_ / "hosted-shared.debug") << "text";
+    } else if (!row.fixture.empty()) {
+      fs::copy_file(FixturePath(row.fixture), folder_ / "hosted-shared.debug");
+    }
+    EXPECT_EQ(Outcome(), row.message);
+    // Whatever the program has without it, none of that is typed or valued by chance.
+    ElfProgram program((folder_ / fixture_).string(), (folder_ / "debug").string());
+    EXPECT_FALSE(program.FindLabel("bits")->typed);
+    EXPECT_FALSE(program.FindLabel("bits")->whyUntyped.empty());
+    EXPECT_FALSE(program.HasType("struct large"));
+  }
 }
 
 TEST(Checksum, IsTheCommonOne) {

@@ -82,9 +82,9 @@ TEST(TypeNames, GivesEveryBasicTypeOneSpelling) {
 
 TEST(TypeNames, ReadsWhatTheResolverHandsOver) {
   const std::set<std::string, std::less<>> known{
-      "char",        "int",         "unsigned int",   "unsigned long long",
-      "void",        "struct node", "union both",     "enum colour",
-      "class Point", "node_t",      "struct const_t", "double"};
+      "char",           "int",        "unsigned int", "unsigned long long", "void",
+      "struct node",    "union both", "enum colour",  "class Point",        "node_t",
+      "struct const_t", "double",     "0X",           "struct 0X"};
   const Row rows[] = {
       {"unsigned:@:int", "unsigned int"},
       {"longlong:@:unsigned:@:int", "unsigned long long"},
@@ -120,6 +120,11 @@ TEST(TypeNames, ReadsWhatTheResolverHandsOver) {
       {"unionnode", "no type"},
       {"nodestruct", "no type"},
       {"float", "no type"},
+      {"restrict0X", "no type"},
+      {"const0X", "no type"},
+      {"const 0X*", "no type"},
+      {"struct0X", "no type"},
+      {"conststruct 0X", "no type"},
   };
   for (const Row& row : rows) EXPECT_EQ(Read(row.text, known), row.name) << row.text;
 }

@@ -9,6 +9,15 @@ import tempfile
 import elf
 from command import Row, pattern, run_table, unusable
 
+def compressed(method, size=64):
+    """A file whose debug information is compressed by this method, of which `size` bytes are left."""
+    section = (struct.pack("<IIQQ", method, 0, 100, 1) + b"?" * 64)[:size]
+    content = bytearray(elf.elf_file([(".debug_info", section)]))
+    headers, = struct.unpack_from("<Q", content, 0x28)
+    struct.pack_into("<Q", content, headers + 64 + 8, 0x800)  # the flag of the first section
+    return bytes(content)
+
+
 FILES = {
     "empty": b"",
     "script": b"#!/bin/sh\necho hello\n",
@@ -23,6 +32,10 @@ FILES = {
     "long": elf.long_name(10_000_000),
     "lost": elf.past_the_end(),
     "doubling": elf.doubling(40),
+    "damaged": compressed(1),
+    "method2": compressed(2),
+    "method7": compressed(7),
+    "cut": compressed(1, size=9),
 }
 
 
@@ -43,6 +56,12 @@ ROWS = [
     unusable(["object", "x"], "'object' is an object file that has not been linked"),
     unusable(["bare", "x"], "the program 'bare' has no debug information and no symbols"),
     Row(["shared", "sizeof(int)"], stdout="4\n"),
+    *(unusable([name, "x"], f"the debug information of '{name}' cannot be read: its section "
+               f".debug_info is compressed {how}")
+      for name, how in (("damaged", "with zlib, and damaged"),
+                        ("method2", "with zstd, which this build cannot read"),
+                        ("method7", "by method 7, which this build cannot read"),
+                        ("cut", "and damaged"))),
     # debug information that no compiler writes
     broken("deep", "x", "entries are nested too deeply"),
     Row(["deep", "(int)'a'"], stdout="97\n"),
@@ -118,6 +137,45 @@ def debug_folder(resolve, program, folder):
     return refused(missed, "the program 'apart' has no debug information and no symbols")
 
 
+def without_types(done, name, reason):
+    """What is wrong with the answers to name, name.a, nowhere and 1 + 2 where the reason has left
+    symbols only."""
+    address = f"of '{name}' only the address is known: {reason}"
+    errors = (f"note: {name}: {address}\n"
+              f"resolve: {name}.a: The specified field isn`t found in structure of type; {address}\n"
+              f"resolve: nowhere: {reason}\n")
+    wanted = (errors, 1)
+    answers = done.stdout.split()
+    if (done.stderr, done.returncode) != wanted or len(answers) != 2 or answers[1] != "3":
+        return f"got {done}, not {wanted}"
+    return ""
+
+
+@in_a_folder
+def compressed_program(resolve, program, folder):
+    """A program that is compressed with zstd has its symbols only, and says so."""
+    subprocess.run(["objcopy", "--compress-debug-sections=zstd", program, folder / "zstd"],
+                   check=True)
+    done = run(resolve, "zstd", "s", "s.a", "nowhere", "1 + 2", folder=folder)
+    return without_types(done, "s", "the debug information of 'zstd' cannot be read: its section "
+                         ".debug_info is compressed with zstd, which this build cannot read")
+
+
+@in_a_folder
+def lost_part(resolve, program, folder):
+    """What fails for want of a lost .dwo file names it."""
+    (folder / "part.c").write_text("struct { int a; } s = {1};\nint main(void) { return 0; }\n")
+    for command in ("gcc -g -gsplit-dwarf -c part.c", "gcc part.o -o part"):
+        subprocess.run(command.split(), cwd=folder, check=True)
+    whole = run(resolve, "part", "s.a", folder=folder)
+    if (whole.stdout, whole.stderr) != ("1\n", ""):
+        return f"got {whole}"
+    (folder / "part.dwo").unlink()
+    done = run(resolve, "part", "s", "s.a", "nowhere", "1 + 2", folder=folder)
+    return without_types(done, "s", "part of the debug information of 'part' lies in 'part.dwo', "
+                         "which is not there")
+
+
 @in_a_folder
 def unreadable(resolve, program, folder):
     """A file without the right to read it."""
@@ -162,4 +220,6 @@ def truncated(resolve, program, folder):
     return "; ".join(wrong)
 
 
-run_table(ROWS, files=FILES, checks=(pipe, pipe_for_debug_information, debug_folder, unreadable, sparse, sparse_program, truncated))
+run_table(ROWS, files=FILES,
+          checks=(pipe, pipe_for_debug_information, debug_folder, compressed_program, lost_part,
+                  unreadable, sparse, sparse_program, truncated))

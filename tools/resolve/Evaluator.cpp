@@ -59,7 +59,8 @@ class Resolution {
   Outcome Run() {
     solved_ = resolver_.SolveStringOfElements(text_);
     if (std::optional<std::string> reason = WhyNotToTrust()) return Failure{*std::move(reason)};
-    if (!solved_) return Failure{ResolverSentence()};
+    const std::string& untyped = host_.FirstUntyped();
+    if (!solved_) return Failure{ResolverSentence() + (untyped.empty() ? "" : "; " + untyped)};
     Answer answer = MakeAnswer();
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
       if (remark.kind == targets::MemberRemark::Kind::kBitField && Concerns(remark)) {
@@ -69,6 +70,7 @@ class Resolution {
     if (resolver_.ObjectType().ExtraFlag && answer.notes.empty()) {
       AddNote("the value is the whole unit that holds the bits of a bit-field", &answer);
     }
+    if (!untyped.empty()) AddNote(untyped, &answer);
     return answer;
   }
 
