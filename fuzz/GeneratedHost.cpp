@@ -113,9 +113,11 @@ DataLableType GeneratedHost::TakeRecord(ByteSource* bytes) const {
   for (std::size_t next = 0; next < pending.size(); ++next) {
     std::size_t members = 0;
     TakeOwnFields(bytes, pending[next], &members);
-    for (; members > 0 && records < kMostRecords; --members, ++records) {
-      pending.push_back(&pending[next]->Members.emplace_back());
-    }
+    members = std::min(members, kMostRecords - records);
+    records += members;
+    // The entries lie still from here on: only their own lists grow.
+    pending[next]->Members.resize(members);
+    for (DataLableType& member : pending[next]->Members) pending.push_back(&member);
   }
   for (std::size_t i = 0; i < stars; ++i) {
     DataLableType pointer = std::move(record).FormPointer();

@@ -2,16 +2,17 @@
 #define STRINGRESOLVER_HOST_DATALABLETYPE_H
 
 #include <cstdint>
-#include <list>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "host/SharedList.h"
+
 /// The host's description of a type or of a label.
 ///
-/// A record is a tree of values: it owns its lists, and a copy shares nothing with its source.
-/// Trees may be as deep as a type has stars, so copying, comparing and destroying walk them with a
-/// worklist and never recurse on the machine's stack.
+/// A record is a tree of values, as deep as a type has stars: comparing and destroying walk it with
+/// a worklist and never recurse on the machine's stack. Copies share their lists until one of them
+/// is changed, so a copy costs the same whatever the record holds.
 ///
 /// docs/EMBEDDING.md says which shapes of record make ordinary C expressions come out right.
 class DataLableType {
@@ -30,9 +31,9 @@ class DataLableType {
   /// In a `Members` list: the member's offset in bytes from the start of its structure.
   std::uint32_t Offset = 0;
   /// Members of a structure; for a pointer or an array its first entry is the pointee or element.
-  std::list<DataLableType> Members;
+  SharedList<DataLableType> Members;
   /// Names of further types, asked of the host, that are searched for a member after `Members`.
-  std::list<std::string> NestedTypes;
+  SharedList<std::string> NestedTypes;
   /// Signed integer type: the sign is bit `Size` * 8 - 1.
   bool IsSigned = false;
   /// Single-precision floating type.
@@ -48,40 +49,19 @@ class DataLableType {
 
   DataLableType() = default;
 
-  DataLableType(const DataLableType& other) {
-    CopyOwnFields(other);
-    CopyMembers(other);
-  }
-
+  DataLableType(const DataLableType& other) = default;
   /// Leaves `other` valid, with empty name and lists.
-  DataLableType(DataLableType&& other) noexcept
-      : Name(std::move(other.Name)),
-        IsArray(other.IsArray),
-        IsPointer(other.IsPointer),
-        IsAddress(other.IsAddress),
-        Size(other.Size),
-        Offset(other.Offset),
-        Members(std::move(other.Members)),
-        NestedTypes(std::move(other.NestedTypes)),
-        IsSigned(other.IsSigned),
-        IsFloat(other.IsFloat),
-        IsDouble(other.IsDouble),
-        ExtraFlag(other.ExtraFlag),
-        PointerSize(other.PointerSize) {}
+  DataLableType(DataLableType&& other) noexcept = default;
 
   ~DataLableType() {
-    // Each record's children join the queue before the record goes, so no destructor that runs
-    // here finds any members left: depth costs neither stack nor memory.
-    std::list<DataLableType> pending;
-    pending.splice(pending.end(), Members);
-    while (!pending.empty()) {
-      pending.splice(pending.end(), pending.front().Members);
-      pending.pop_front();
+    if (!Members.empty()) {
+      Members.ClearNested(
+          [](DataLableType& member) -> SharedList<DataLableType>& { return member.Members; });
     }
   }
 
   /// Assigns, and returns a copy of the assigned record by value: that is the shape hosts compile
-  /// against. Where the copy is not wanted, `Swap` is cheaper.
+  /// against. `Assign` does without the copies.
   // NOLINTNEXTLINE(misc-unconventional-assign-operator,
   // cppcoreguidelines-c-copy-assignment-signature)
   DataLableType operator=(DataLableType other) {
@@ -89,8 +69,27 @@ class DataLableType {
     return *this;
   }
 
-  /// Exchanges two records without copying either. `other` may be part of this record's own tree
-  /// only if the caller has moved it out first.
+  /// Assigns. `other` may be part of this record's own tree.
+  void Assign(const DataLableType& other) {
+    // Most records have no name of their own.
+    if (!Name.empty() || !other.Name.empty()) Name = other.Name;
+    IsArray = other.IsArray;
+    IsPointer = other.IsPointer;
+    IsAddress = other.IsAddress;
+    Size = other.Size;
+    Offset = other.Offset;
+    if (!NestedTypes.SharesWith(other.NestedTypes)) NestedTypes = other.NestedTypes;
+    IsSigned = other.IsSigned;
+    IsFloat = other.IsFloat;
+    IsDouble = other.IsDouble;
+    ExtraFlag = other.ExtraFlag;
+    PointerSize = other.PointerSize;
+    // Last: the old members may hold `other`.
+    if (!Members.SharesWith(other.Members)) Members = other.Members;
+  }
+
+  /// Exchanges two records without copying either. `other` must not be part of this record's own
+  /// tree.
   void Swap(DataLableType& other) noexcept {
     std::swap(Name, other.Name);
     std::swap(IsArray, other.IsArray);
@@ -120,45 +119,22 @@ class DataLableType {
   /// The same, with this record moved into the result instead of copied.
   DataLableType FormPointer() && {
     DataLableType pointer;
-    pointer.IsPointer = true;
-    pointer.Size = PointerSize;
-    pointer.PointerSize = PointerSize;
-    pointer.Members.push_back(std::move(*this));
+    pointer.PointTo(std::move(*this));
     return pointer;
   }
 
+  /// Makes this record what `FormPointer` of `pointee` gives; `pointee` may be this record.
+  void PointTo(DataLableType pointee) {
+    Name.clear();
+    IsArray = IsAddress = IsSigned = IsFloat = IsDouble = ExtraFlag = false;
+    IsPointer = true;
+    Size = PointerSize = pointee.PointerSize;
+    Offset = 0;
+    NestedTypes.clear();
+    Members = SharedList<DataLableType>(std::move(pointee));
+  }
+
  private:
-  using Pair = std::pair<const DataLableType*, DataLableType*>;
-
-  void CopyOwnFields(const DataLableType& other) {
-    Name = other.Name;
-    IsArray = other.IsArray;
-    IsPointer = other.IsPointer;
-    IsAddress = other.IsAddress;
-    Size = other.Size;
-    Offset = other.Offset;
-    NestedTypes = other.NestedTypes;
-    IsSigned = other.IsSigned;
-    IsFloat = other.IsFloat;
-    IsDouble = other.IsDouble;
-    ExtraFlag = other.ExtraFlag;
-    PointerSize = other.PointerSize;
-  }
-
-  void CopyMembers(const DataLableType& other) {
-    if (other.Members.empty()) return;
-    std::vector<Pair> pending{{&other, this}};
-    while (!pending.empty()) {
-      const auto [from, to] = pending.back();
-      pending.pop_back();
-      for (const DataLableType& member : from->Members) {
-        to->Members.emplace_back();
-        to->Members.back().CopyOwnFields(member);
-        if (!member.Members.empty()) pending.emplace_back(&member, &to->Members.back());
-      }
-    }
-  }
-
   static bool SameOwnFields(const DataLableType& a, const DataLableType& b) {
     return a.Name == b.Name && a.IsArray == b.IsArray && a.IsPointer == b.IsPointer &&
            a.IsAddress == b.IsAddress && a.Size == b.Size && a.Offset == b.Offset &&
@@ -168,13 +144,19 @@ class DataLableType {
   }
 
   static bool SameTree(const DataLableType& first, const DataLableType& second) {
-    std::vector<std::pair<const DataLableType*, const DataLableType*>> pending{{&first, &second}};
+    if (!SameOwnFields(first, second)) return false;
+    if (first.Members.SharesWith(second.Members)) return true;
+    using Pair = std::pair<const DataLableType*, const DataLableType*>;
+    std::vector<Pair> pending{{&first, &second}};
     while (!pending.empty()) {
       const auto [a, b] = pending.back();
       pending.pop_back();
-      if (!SameOwnFields(*a, *b)) return false;
-      auto other = b->Members.begin();
-      for (const DataLableType& member : a->Members) pending.emplace_back(&member, &*other++);
+      const DataLableType* other = b->Members.begin();
+      for (const DataLableType& member : a->Members) {
+        if (!SameOwnFields(member, *other)) return false;
+        if (!member.Members.SharesWith(other->Members)) pending.emplace_back(&member, other);
+        ++other;
+      }
     }
     return true;
   }

@@ -1,34 +1,15 @@
 #include <algorithm>
-#include <array>
 #include <bit>
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
 
+#include "resolver/BinaryRow.h"
 #include "resolver/SizeMask.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
 
 namespace {
-
-/// The row in which each relation code is evaluated; 0 where the code is no binary operator. "<"
-/// and "<=" come before ">" and ">=".
-constexpr std::array<int, 25> kRowOfRelation = [] {
-  std::array<int, 25> rows{};
-  rows[kMultiply] = rows[kDivide] = rows[kRemainder] = 1;
-  rows[kAdd] = rows[kSubtract] = 2;
-  rows[kShiftLeft] = rows[kShiftRight] = 3;
-  rows[kLess] = rows[kLessOrEqual] = 4;
-  rows[kGreater] = rows[kGreaterOrEqual] = 5;
-  rows[kEqual] = rows[kNotEqual] = 6;
-  rows[kBitAnd] = 7;
-  rows[kBitXor] = 8;
-  rows[kBitOr] = 9;
-  rows[kLogicalAnd] = 10;
-  rows[kLogicalOr] = 11;
-  return rows;
-}();
 
 /// An operand's value as every operator sees it.
 struct Operand {
@@ -234,7 +215,7 @@ void StoreOutcome(const Outcome& outcome, std::uint32_t kind, AreaBlock* left) {
   const std::uint64_t integer = outcome.integer & resolver::SizeMask(left->Type.Size);
   left->ValueKind = kind;
   if (kind == 0) {
-    left->AreaText = resolver::WriteUnsigned(integer);
+    resolver::WriteUnsigned(integer, &left->AreaText);
     return;
   }
   if (kind == 1) {
@@ -247,7 +228,7 @@ void StoreOutcome(const Outcome& outcome, std::uint32_t kind, AreaBlock* left) {
     left->FloatValue = static_cast<float>(left->DoubleValue);
   }
   left->Value = resolver::TruncateToUnsigned(left->DoubleValue);
-  left->AreaText = resolver::WriteValue(*left);
+  resolver::WriteValue(left);
 }
 
 }  // namespace
@@ -256,9 +237,7 @@ int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation
   FetchOperands(left, right);
   RestoreFloatingPointStr(&left->AreaText);
   RestoreFloatingPointStr(&right->AreaText);
-  const int ownRow = relation >= 0 && relation < static_cast<int>(kRowOfRelation.size())
-                         ? kRowOfRelation[static_cast<std::size_t>(relation)]
-                         : 0;
+  const int ownRow = resolver::RowOf(static_cast<std::uint32_t>(relation));
   if (ownRow == 0) {
     Fail("Undefined relations between arguments");
     return kPairFailed;
@@ -282,10 +261,8 @@ int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation
     return kPairFailed;
   }
   if (YieldsTruth(relation)) {
-    DataLableType forLeft = defaultType;
-    DataLableType forRight = defaultType;
-    left->Type.Swap(forLeft);
-    right->Type.Swap(forRight);
+    left->Type.Assign(defaultType);
+    right->Type.Assign(defaultType);
   }
   if (IsStructure(left->Type) || IsStructure(right->Type)) {
     Fail("Can`t convert one type to another");
@@ -293,7 +270,7 @@ int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation
   }
   TakeResultType(left, right);
   StoreOutcome(*outcome, std::max(left->ValueKind, right->ValueKind), left);
-  CheckFloatingPointStr(&left->AreaText);
+  if (left->ValueKind != 0) CheckFloatingPointStr(&left->AreaText);
   left->MemorySpace |= right->MemorySpace;
   right->IsConsumed = true;
   return kPairFolded;
@@ -326,7 +303,6 @@ bool TStringResolver::ScalePointerOffset(AreaBlock* left, AreaBlock* right,
   const DataLableType* element = &FirstMember(pointer->Type);
   if (element->IsArray) element = &FirstMember(*element);
   *(pointerFirst ? rightValue : leftValue) *= element->Size;
-  DataLableType type = pointer->Type;
-  offset->Type.Swap(type);
+  offset->Type.Assign(pointer->Type);
   return true;
 }

@@ -15,8 +15,9 @@ namespace resolver {
 /// Stands before and after every sub-result. Made of operator characters, so that it separates the
 /// sub-result from its neighbours; the lexer deletes it whole.
 inline constexpr std::string_view kSubResultFence = "^*^*^^";
+/// What a sub-result begins with: fence, opening mark, mark of the position.
+inline constexpr std::string_view kSubResultStart = "^*^*^^\r@";
 inline constexpr char kSubResultOpen = '\r';
-inline constexpr char kSavedTypeIndexMark = '@';
 inline constexpr char kSubResultClose = '\x0e';
 inline constexpr char kMemorySpaceMark = '#';
 /// A star inside the text of a type, which must not be read as an operator.

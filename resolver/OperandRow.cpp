@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <string>
 
+#include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
@@ -24,24 +25,18 @@ bool TStringResolver::ZeroRaw(AreaBlock* block) {
   block->MemberBlock = nullptr;
   block->ReferenceLevel = -1;
   block->MemorySpace = 0;
-  if (!FindStringParameter(&block->AreaText, &block->AfterText, "[", "]")) return false;
+  const unsigned classes = resolver::ClassesOf(block->AreaText);
+  if ((classes & resolver::kBracket) != 0 && !SplitSubscripts(block)) return false;
   if (block->IsMemberName) {
     if (block->BeforeText.empty()) return true;
     return Fail("Internal error. Unknown command ", block->BeforeText);
   }
-  const auto marks = static_cast<std::size_t>(
-      std::count(block->AreaText.begin(), block->AreaText.end(), resolver::kMemorySpaceMark));
-  if (marks > 0) {
-    std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kMemorySpaceMark, '*');
-    block->MemorySpace = 1;
-    block->BeforeText.insert(0, marks, '*');
-  }
+  if ((classes & resolver::kSubResultOrSpace) != 0) MoveToSecondSpace(block);
 
-  DataLableType untyped = defaultType;
-  untyped.Size = 8;
   parentInterface->LabelTyped = false;
-  parentInterface->LabelType.Swap(untyped);
-  if (IsFloatingLiteral(block->AreaText)) {
+  parentInterface->LabelType.Assign(defaultType);
+  parentInterface->LabelType.Size = 8;
+  if ((classes & resolver::kPointOrExponent) != 0 && IsFloatingLiteral(block->AreaText)) {
     ReadFloatingLiteral(block);
   } else if (!LookUpLabel(block)) {
     return false;
@@ -52,11 +47,20 @@ bool TStringResolver::ZeroRaw(AreaBlock* block) {
     std::string typeText = kSecondSpaceType;
     typeText += resolver::kTypeStarMark;
     RegisterType(&typeText);
-    DataLableType pointer = savedTypes.back();
-    block->Type.Swap(pointer);
+    block->Type.Assign(savedTypes.back());
     block->HasCastType = true;
   }
   return SolveSquareBracets(block);
+}
+
+/// Makes a dereference of every mark of the second memory space.
+void TStringResolver::MoveToSecondSpace(AreaBlock* block) {
+  const auto marks = static_cast<std::size_t>(
+      std::count(block->AreaText.begin(), block->AreaText.end(), resolver::kMemorySpaceMark));
+  if (marks == 0) return;
+  std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kMemorySpaceMark, '*');
+  block->MemorySpace = 1;
+  block->BeforeText.insert(0, marks, '*');
 }
 
 bool TStringResolver::LookUpLabel(AreaBlock* block) {
@@ -82,8 +86,11 @@ void TStringResolver::ReadFloatingLiteral(AreaBlock* block) {
 void TStringResolver::TypeOperand(AreaBlock* block) {
   const bool labelTyped = parentInterface->LabelTyped;
   if (!block->HasCastType) {
-    DataLableType type = labelTyped ? parentInterface->LabelType.FormPointer() : defaultType;
-    block->Type.Swap(type);
+    if (labelTyped) {
+      block->Type.PointTo(parentInterface->LabelType);
+    } else {
+      block->Type.Assign(defaultType);
+    }
     block->HasCastType = true;
   }
   if (labelTyped) block->Type.IsAddress = true;

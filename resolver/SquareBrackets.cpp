@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -60,7 +61,42 @@ BracketMatch TakeGroups(std::string* text, const char* open, const char* close, 
   return match;
 }
 
+/// Is the text nothing but groups in brackets, without brackets inside? Most subscripts are.
+bool IsRowOfGroups(std::string_view text) {
+  bool inside = false;
+  for (const char c : text) {
+    if (c == (inside ? ']' : '[')) {
+      inside = !inside;
+    } else if (!inside || c == '[') {
+      return false;
+    }
+  }
+  return !inside;
+}
+
 }  // namespace
+
+/// The values of a block's subscripts; more than a few are rare enough for the heap.
+class TStringResolver::Subscripts {
+ public:
+  void Add(std::uint64_t value) {
+    if (count_ < few_.size()) {
+      few_[count_] = value;
+    } else {
+      more_.push_back(value);
+    }
+    ++count_;
+  }
+  [[nodiscard]] std::size_t Count() const { return count_; }
+  std::uint64_t operator[](std::size_t i) const {
+    return i < few_.size() ? few_[i] : more_[i - few_.size()];
+  }
+
+ private:
+  std::size_t count_ = 0;
+  std::array<std::uint64_t, 4> few_{};
+  std::vector<std::uint64_t> more_;
+};
 
 bool TStringResolver::FindStringParameter(std::string* source, std::string* collected,
                                           const char* open, const char* close) {
@@ -80,42 +116,57 @@ bool TStringResolver::FindStringParameter(std::string* source, std::string* coll
   }
 }
 
-bool TStringResolver::SolveSquareBracets(AreaBlock* block) {
-  std::vector<std::uint64_t> subscripts;
-  if (!SolveSubscripts(&block->AfterText, &subscripts)) return false;
-  if (!subscripts.empty()) {
-    // A read that is refused leaves the block's own address, and the subscripts are applied to
-    // that.
-    if (block->Type.IsAddress) ReadThroughAddress(block);
-    for (std::size_t i = 0; i < subscripts.size(); ++i) {
-      if (i > 0) ReadThroughAddress(block);
-      const DataLableType& type = block->Type;
-      const std::uint32_t elementSize = type.IsArray ? FirstMember(type).Size : type.Size;
-      block->Value += subscripts[i] * elementSize;
-      block->AreaText = resolver::WriteUnsigned(block->Value);
-    }
-    DataLableType location = std::move(block->Type).FormPointer();
-    location.IsAddress = true;
-    block->Type.Swap(location);
-    block->ReferenceLevel = -1;
-  }
-  block->AreaText = resolver::WriteValue(*block);
+/// Moves the subscripts of an operand from its text to the front of `AfterText`.
+bool TStringResolver::SplitSubscripts(AreaBlock* block) {
+  std::string& area = block->AreaText;
+  const std::size_t first = std::min(area.find_first_of("[]"), area.size());
+  const std::string_view groups = std::string_view(area).substr(first);
+  if (!IsRowOfGroups(groups)) return FindStringParameter(&area, &block->AfterText, "[", "]");
+  block->AfterText.insert(0, groups);
+  area.resize(first);
   return true;
 }
 
-/// Takes every bracket group out of `*text` and evaluates it. All are evaluated before the first is
-/// applied, so a failing one leaves the block's value as it was.
-bool TStringResolver::SolveSubscripts(std::string* text, std::vector<std::uint64_t>* subscripts) {
-  const auto solve = [&](std::string_view group) {
-    const std::string subscript(group.substr(1, group.size() - 2));
-    if (subscript.empty()) return Fail("Quotes are empty");
-    if (nesting_ == kDeepestNesting) return false;
-    TStringResolver nested(parentInterface);
-    nested.nesting_ = nesting_ + 1;
-    if (!nested.SolveStringOfElements(subscript)) return false;
-    subscripts->push_back(nested.resultValue);
-    return true;
-  };
+bool TStringResolver::SolveSquareBracets(AreaBlock* block) {
+  if (!block->AfterText.empty() && !ApplySubscripts(block)) return false;
+  resolver::WriteValue(block);
+  return true;
+}
+
+/// Evaluates the subscripts and moves the block to the element that they select. All are evaluated
+/// before the first is applied, so a failing one leaves the block's value as it was.
+bool TStringResolver::ApplySubscripts(AreaBlock* block) {
+  Subscripts subscripts;
+  if (!SolveSubscripts(&block->AfterText, &subscripts)) return false;
+  if (subscripts.Count() == 0) return true;
+  // A read that is refused leaves the block's own address, and the subscripts are applied to that.
+  if (block->Type.IsAddress) ReadThroughAddress(block);
+  for (std::size_t i = 0; i < subscripts.Count(); ++i) {
+    if (i > 0) ReadThroughAddress(block);
+    const DataLableType& type = block->Type;
+    const std::uint32_t elementSize = type.IsArray ? FirstMember(type).Size : type.Size;
+    block->Value += subscripts[i] * elementSize;
+  }
+  block->Type.PointTo(block->Type);
+  block->Type.IsAddress = true;
+  block->ReferenceLevel = -1;
+  return true;
+}
+
+/// Takes every bracket group out of `*text` and evaluates it.
+bool TStringResolver::SolveSubscripts(std::string* text, Subscripts* subscripts) {
+  const auto solve = [&](std::string_view group) { return SolveSubscript(group, subscripts); };
+  if (IsRowOfGroups(*text)) {
+    std::size_t taken = 0;
+    bool solved = true;
+    while (solved && taken < text->size()) {
+      const std::size_t first = taken;
+      taken = text->find(']', first) + 1;
+      solved = solve(std::string_view(*text).substr(first, taken - first));
+    }
+    text->erase(0, taken);
+    return solved;
+  }
   switch (TakeGroups(text, "[", "]", solve)) {
     case BracketMatch::kNoClose:
       return Fail("Can`t find ending quote ']'");
@@ -127,4 +178,19 @@ bool TStringResolver::SolveSubscripts(std::string* text, std::vector<std::uint64
       break;
   }
   return true;
+}
+
+/// Evaluates one subscript, a group with its brackets, with a resolver of its own.
+bool TStringResolver::SolveSubscript(std::string_view group, Subscripts* subscripts) {
+  const std::string_view subscript = group.substr(1, group.size() - 2);
+  if (subscript.empty()) return Fail("Quotes are empty");
+  if (nesting_ == kDeepestNesting) return false;
+  TStringResolver nested(parentInterface);
+  nested.nesting_ = nesting_ + 1;
+  nested.spareBlocks_.swap(spareBlocks_);
+  const bool solved = nested.SolveStringOfElements(subscript);
+  spareBlocks_.swap(nested.spareBlocks_);
+  spareBlocks_.splice(spareBlocks_.end(), nested.areaBlocks);
+  if (solved) subscripts->Add(nested.resultValue);
+  return solved;
 }

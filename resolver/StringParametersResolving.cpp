@@ -2,25 +2,30 @@
 
 #include <bit>
 #include <cstddef>
-#include <memory>
+#include <iterator>
 #include <string_view>
-#include <utility>
 
+#include "resolver/CharacterClass.h"
+#include "resolver/GapText.h"
 #include "resolver/Markers.h"
 #include "resolver/SizeMask.h"
 #include "resolver/ValueText.h"
 
 namespace {
 
-// The minus sign stands twice in each set; debugging aids show the sets as they are.
-constexpr std::string_view kAssemblyDelimiters = "()%!~&*-><=^|+-/\x08\x18\x19";
-constexpr std::string_view kCDelimiters = "()%!~&*.-><=^|+-/\x08\x18\x19";
-constexpr std::size_t kParentheses = 2;  // at the start of each set
-constexpr std::size_t kDelimitersWithParenthesesSize = 21;
-constexpr std::size_t kDelimitersSize = 19;
+/// Longest text and most blocks that an object keeps room for between two resolutions.
+constexpr std::size_t kKeptText = 4096;
+constexpr std::size_t kKeptBlocks = 64;
 
-bool NamesAssembly(const std::string& fileName) {
-  return fileName.find(".asm") != std::string::npos || fileName.find(".s") != std::string::npos;
+constexpr const char* kDigits = "0123456789";
+
+bool NamesAssembly(std::string_view fileName) {
+  for (std::size_t at = fileName.find('.'); at != std::string_view::npos;
+       at = fileName.find('.', at + 1)) {
+    const std::string_view extension = fileName.substr(at);
+    if (extension.starts_with(".s") || extension.starts_with(".asm")) return true;
+  }
+  return false;
 }
 
 void MarkStars(std::string* typeText) {
@@ -29,53 +34,158 @@ void MarkStars(std::string* typeText) {
   }
 }
 
-/// Writes each bracket with a parenthesis inside it, so that every subscript is a group.
-std::string GroupSubscripts(const std::string& text) {
-  std::string grouped;
-  grouped.reserve(text.size());
-  for (const char c : text) {
-    if (c == ']') grouped += ')';
-    grouped += c;
-    if (c == '[') grouped += '(';
+/// How deep in parentheses the end of a text is that loses characters from its end.
+class Nesting {
+ public:
+  explicit Nesting(std::string_view text) {
+    for (const char c : text) {
+      depth_ += DepthOf(c);
+      // What follows a stray closing one cannot be told by counting.
+      regular_ = regular_ && depth_ >= 0;
+    }
   }
-  return grouped;
+  void Leave(std::string_view end) {
+    for (const char c : end) depth_ -= DepthOf(c);
+  }
+  [[nodiscard]] bool Outermost() const { return regular_ && depth_ == 0; }
+
+ private:
+  static int DepthOf(char c) { return c == '(' ? 1 : c == ')' ? -1 : 0; }
+
+  long depth_ = 0;
+  bool regular_ = true;
+};
+
+/// Do these texts put what is between them in the first brackets of an operand? Not of one with
+/// marks in it, which are read before brackets are joined.
+bool IsFirstSubscript(std::string_view before, std::string_view behind, unsigned delimiters) {
+  if (!before.ends_with('[') || !behind.starts_with(']')) return false;
+  const std::size_t bracket = before.size() - 1;
+  std::size_t operand = bracket;
+  while (operand > 0 && !resolver::IsOf(before[operand - 1], delimiters | resolver::kParenthesis)) {
+    --operand;
+    if (resolver::IsOf(before[operand], resolver::kBracket | resolver::kSubResultOrSpace))
+      return false;
+  }
+  return operand < bracket;
+}
+
+/// Takes the number out of a sub-result of digits only that `text` begins with; empty for any
+/// other.
+std::string_view TakePlainSubResult(std::string_view* text) {
+  std::string_view rest = *text;
+  if (!rest.starts_with(resolver::kSubResultStart)) return {};
+  rest.remove_prefix(resolver::kSubResultStart.size());
+  const std::size_t close = rest.find_first_not_of(kDigits);
+  if (close == std::string_view::npos || rest[close] != resolver::kSubResultClose) return {};
+  rest.remove_prefix(close + 1);
+  const std::string_view number = rest.substr(0, rest.find_first_not_of(kDigits));
+  rest.remove_prefix(number.size());
+  if (!rest.starts_with(resolver::kSubResultFence)) return {};
+  rest.remove_prefix(resolver::kSubResultFence.size());
+  *text = rest;
+  return number;
+}
+
+/// Puts the number of a first subscript behind the gap, and takes the fences off the further
+/// subscripts of numbers that follow it: "][" and a sub-result each. The lexer would join all of
+/// them to the operand, at three times the cost.
+void JoinSubscripts(std::string_view number, resolver::GapText* text) {
+  std::string joined(number);
+  std::string_view rest = text->Behind();
+  while (rest.starts_with("][")) {
+    std::string_view behind = rest.substr(2);
+    const std::string_view next = TakePlainSubResult(&behind);
+    if (next.empty() || !behind.starts_with(']')) break;
+    joined.append("][").append(next);
+    rest = behind;
+  }
+  text->DropBehind(text->Behind().size() - rest.size());
+  text->PutBehind(joined);
+}
+
+/// Writes each bracket with a parenthesis inside it, so that every subscript is a group.
+void GroupSubscripts(std::string_view text, resolver::GapText* grouped) {
+  std::size_t copied = 0;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const char c = text[at];
+    if (c != '[' && c != ']') continue;
+    grouped->PutBefore(text.substr(copied, at - copied));
+    grouped->PutBefore(c == '[' ? "[(" : ")]");
+    copied = at + 1;
+  }
+  grouped->PutBefore(text.substr(copied));
+}
+
+/// The block as far as a read of its object needs it.
+AreaBlock BlockToRead(const AreaBlock& block) {
+  AreaBlock read;
+  read.ReferenceLevel = block.ReferenceLevel;
+  read.MemorySpace = block.MemorySpace;
+  read.Value = block.Value;
+  read.Type.Assign(block.Type);
+  read.HasCastType = block.HasCastType;
+  read.ValueKind = block.ValueKind;
+  read.FloatValue = block.FloatValue;
+  read.DoubleValue = block.DoubleValue;
+  return read;
 }
 
 }  // namespace
 
-TStringResolver::TStringResolver(TParrentInterface* parent) : parentInterface(parent) {
-  auto withParentheses = std::make_unique<char[]>(kDelimitersWithParenthesesSize);
-  auto without = std::make_unique<char[]>(kDelimitersSize);
-  const std::string_view set =
-      NamesAssembly(parent->GetFileName()) ? kAssemblyDelimiters : kCDelimiters;
-  set.copy(withParentheses.get(), set.size());
-  set.copy(without.get(), set.size(), kParentheses);
-  delimitersWithParentheses = withParentheses.release();
-  delimiters = without.release();
-}
+/// What holds during a resolution only.
+class TStringResolver::Resolution {
+ public:
+  explicit Resolution(TStringResolver* resolver) : resolver_(resolver) {
+    resolver_->finger_ = &finger_;
+  }
+  Resolution(const Resolution&) = delete;
+  Resolution& operator=(const Resolution&) = delete;
+  ~Resolution() {
+    resolver_->finger_ = nullptr;
+    // One long text must not hold its memory for the object's life.
+    if (resolver_->text_.capacity() > kKeptText) std::string().swap(resolver_->text_);
+    auto& spare = resolver_->spareBlocks_;
+    if (spare.size() > kKeptBlocks) {
+      spare.erase(std::next(spare.begin(), kKeptBlocks), spare.end());
+    }
+  }
 
-TStringResolver::~TStringResolver() {
-  delete[] delimitersWithParentheses;
-  delete[] delimiters;
-}
-
-bool TStringResolver::SolveStringOfElements(std::string expression) {
+ private:
+  TStringResolver* resolver_;
   // Positions are looked up near each other while a text is reduced; between two resolutions a
   // derived class may change the list.
-  SavedTypeFinger finger;
-  const std::unique_ptr<SavedTypeFinger*, void (*)(SavedTypeFinger**)> scope(
-      &finger_, [](SavedTypeFinger** held) { *held = nullptr; });
-  finger_ = &finger;
-  ProcessBasickTypes(&expression);
-  if (!RewriteSizeofs(&expression)) return false;
-  std::erase(expression, ' ');
-  CheckFloatingPointStr(&expression);
-  expression = GroupSubscripts(expression);
-  if (!SolveGroups(&expression)) return false;
-  if (expression.empty()) return false;
-  if (!SolveBasicElement(expression)) return false;
-  AreaBlock result = areaBlocks.front();
-  return StoreResult(&result);
+  SavedTypeFinger finger_;
+};
+
+TStringResolver::TStringResolver(TParrentInterface* parent) : parentInterface(parent) {
+  const bool assembly = NamesAssembly(parent->GetFileName());
+  delimiterClass_ = assembly ? resolver::kAssemblyDelimiter : resolver::kCDelimiter;
+  const std::string_view set = assembly ? resolver::kAssemblyDelimiters : resolver::kCDelimiters;
+  set.copy(delimiterSets_.withParentheses.data(), set.size());
+  set.copy(delimiterSets_.without.data(), set.size(), resolver::kParentheses);
+  delimitersWithParentheses = delimiterSets_.withParentheses.data();
+  delimiters = delimiterSets_.without.data();
+}
+
+bool TStringResolver::SolveStringOfElements(std::string_view expression) {
+  const Resolution scope(this);
+  text_ = expression;
+  const unsigned classes = resolver::ClassesOf(text_);
+  // A keyword is marked at the blank before it.
+  if ((classes & resolver::kBlank) != 0) ProcessBasickTypes(&text_);
+  if ((classes & resolver::kLetterOfSizeof) != 0 && !RewriteSizeofs(&text_)) return false;
+  if ((classes & resolver::kBlank) != 0) std::erase(text_, ' ');
+  if ((classes & resolver::kPointOrExponent) != 0) CheckFloatingPointStr(&text_);
+  std::string_view element = text_;
+  resolver::GapText grouped;
+  if ((classes & (resolver::kParenthesis | resolver::kBracket)) != 0) {
+    GroupSubscripts(text_, &grouped);
+    if (!SolveGroups(&grouped)) return false;
+    element = grouped.Join();
+  }
+  if (element.empty()) return false;
+  return SolveBasicElement(element) && StoreResult(areaBlocks.front());
 }
 
 /// Replaces `sizeof` of a type by its size, and any other by the unary mark. False, without a
@@ -116,81 +226,100 @@ bool TStringResolver::RewriteSizeofs(std::string* text) {
   return true;
 }
 
-/// Evaluates the innermost group of `*text`, the last one, until no group is left.
-bool TStringResolver::SolveGroups(std::string* text) {
-  // The text behind the last parenthesis, back to front, so that a group is taken from its end. It
-  // holds no opening parenthesis.
-  std::string behind;
+/// Evaluates the innermost group, the last one, until no group is left.
+bool TStringResolver::SolveGroups(resolver::GapText* text) {
   std::size_t open = 0;
-  while ((open = text->rfind('(')) != std::string::npos) {
-    behind.append(text->rbegin(), text->rend() - static_cast<std::ptrdiff_t>(open) - 1);
-    text->resize(open);
-    const std::size_t close = behind.rfind(')');
-    if (close == std::string::npos) return Fail("Can`t find the end quote.");
-    const std::string group(behind.rbegin(),
-                            behind.rend() - static_cast<std::ptrdiff_t>(close) - 1);
-    behind.resize(close);
-    if (group.empty()) continue;
-    std::string replacement;
-    if (!SolveGroup(group, &replacement)) return false;
-    behind.append(replacement.rbegin(), replacement.rend());
+  Nesting nesting(text->Before());
+  while ((open = text->Before().rfind('(')) != std::string_view::npos) {
+    nesting.Leave(text->Before().substr(open));
+    text->MoveGap(open);
+    const std::size_t close = text->Behind().find(')');
+    if (close == std::string_view::npos) return Fail("Can`t find the end quote.");
+    if (close == 1) {
+      text->DropBehind(2);
+    } else if (!SolveGroup(text, close, nesting.Outermost())) {
+      return false;
+    }
   }
-  text->append(behind.rbegin(), behind.rend());
   return true;
 }
 
-/// Turns a group into an encoded cast or an encoded sub-result.
-bool TStringResolver::SolveGroup(const std::string& group, std::string* replacement) {
-  if (parentInterface->IsTypeName(group)) {
-    *replacement = group;
-    MarkStars(replacement);
-    return !RegisterType(replacement);
+/// Turns the group behind the gap, whose closing parenthesis is at `close`, into an encoded cast or
+/// an encoded sub-result.
+bool TStringResolver::SolveGroup(resolver::GapText* text, std::size_t close, bool outermost) {
+  const std::string_view group = text->Behind().substr(1, close - 1);
+  if (parentInterface->IsTypeName(std::string(group))) {
+    std::string cast(group);
+    MarkStars(&cast);
+    if (RegisterType(&cast)) return false;
+    text->DropBehind(close + 1);
+    text->PutBehind(cast);
+    return true;
   }
   if (!SolveBasicElement(group)) return false;
-  AreaBlock result = areaBlocks.front();
-  CheckFloatingPointStr(&result.AreaText);
-  savedTypes.push_back(std::move(result.Type));
-  *replacement = resolver::kSubResultFence;
-  *replacement += resolver::kSubResultOpen;
-  *replacement += resolver::kSavedTypeIndexMark;
-  *replacement += resolver::WriteUnsigned(savedTypes.size() - 1);
-  *replacement += resolver::kSubResultClose;
-  if (result.MemorySpace != 0) *replacement += resolver::kMemorySpaceMark;
-  *replacement += result.AreaText;
-  *replacement += resolver::kSubResultFence;
+  AreaBlock& result = areaBlocks.front();
+  if (result.ValueKind != 0) CheckFloatingPointStr(&result.AreaText);
+  savedTypes.push_back(result.Type);
+  const bool joins =
+      outermost && result.ValueKind == 0 && result.MemorySpace == 0 &&
+      IsFirstSubscript(text->Before(), text->Behind().substr(close + 1), delimiterClass_);
+  text->DropBehind(close + 1);
+  if (joins) {
+    // Not inside of a group, whose text the host gets to see.
+    JoinSubscripts(result.AreaText, text);
+    return true;
+  }
+  text->PutBehind(resolver::kSubResultFence);
+  text->PutBehind(result.AreaText);
+  if (result.MemorySpace != 0) text->PutBehind({&resolver::kMemorySpaceMark, 1});
+  text->PutBehind({&resolver::kSubResultClose, 1});
+  text->PutBehind(resolver::WriteUnsigned(savedTypes.size() - 1));
+  text->PutBehind(resolver::kSubResultStart);
   return true;
 }
 
-/// Reads what the last element's block still owes and fills the result fields from it.
-bool TStringResolver::StoreResult(AreaBlock* result) {
-  RestoreFloatingPointStr(&result->AreaText);
+/// Reads what the last element's block still owes and fills the result fields from it. The block
+/// itself stays as it is: its type says what the text denotes.
+bool TStringResolver::StoreResult(const AreaBlock& element) {
   // Hosts treat this field as a 32-bit address.
-  resultAddress = static_cast<std::uint32_t>(resolver::ReadUnsigned(result->AreaText));
-  resultMemorySpace = result->MemorySpace != 0;
-  if (result->Type.IsAddress && !ReadThroughAddress(result)) return Fail("Error occurred");
-  while (result->Type.IsArray) {
-    if (!ReadThroughAddress(result)) return Fail("Error occurred");
+  resultAddress = static_cast<std::uint32_t>(resolver::ReadUnsigned(element.AreaText));
+  resultMemorySpace = element.MemorySpace != 0;
+  if (!element.Type.IsAddress && !element.Type.IsArray) {
+    return StoreValue(element, resolver::ReadUnsigned(element.AreaText));
   }
-  const DataLableType& type = result->Type;
-  if (result->HasCastType && type.Size == 0) return Fail("Error occurred");
-  resultSize = result->HasCastType ? type.Size : 8;
-  RestoreFloatingPointStr(&result->AreaText);
-  if (result->ValueKind == 0) {
+  AreaBlock read = BlockToRead(element);
+  if (read.Type.IsAddress && !ReadObject(&read)) return Fail("Error occurred");
+  while (read.Type.IsArray) {
+    if (!ReadObject(&read)) return Fail("Error occurred");
+  }
+  if (read.ValueKind != 0) resolver::WriteValue(&read);
+  return StoreValue(read, read.Value);
+}
+
+/// Fills the result fields from a block that owes no read. `integer` is the number that its text
+/// begins with, as far as it has no floating value.
+bool TStringResolver::StoreValue(const AreaBlock& result, std::uint64_t integer) {
+  const DataLableType& type = result.Type;
+  if (result.HasCastType && type.Size == 0) return Fail("Error occurred");
+  resultSize = result.HasCastType ? type.Size : 8;
+  if (result.ValueKind == 0) {
     const std::uint64_t mask = resolver::SizeMask(resultSize);
-    resultValue = resolver::ReadUnsigned(result->AreaText) & mask;
+    resultValue = integer & mask;
     resultNegative = type.IsSigned && (resolver::FromSignBit(resultValue, resultSize) & 1) != 0;
     if (resultNegative) resultValue = (0 - resultValue) & mask;
     resultFloating = false;
     return true;
   }
   if (type.IsDouble) {
-    const auto bits = resolver::ReadUnsigned(result->AreaText);
+    const auto bits = resolver::ReadUnsigned(result.AreaText);
     resultFloat = static_cast<float>(std::bit_cast<double>(bits));
   } else if (type.IsFloat) {
-    const auto bits = static_cast<std::uint32_t>(resolver::ReadUnsigned(result->AreaText));
+    const auto bits = static_cast<std::uint32_t>(resolver::ReadUnsigned(result.AreaText));
     resultFloat = std::bit_cast<float>(bits);
   } else {
-    resultFloat = resolver::ReadFloat(result->AreaText);
+    std::string text = result.AreaText;
+    RestoreFloatingPointStr(&text);
+    resultFloat = resolver::ReadFloat(text);
   }
   resultValue = resolver::TruncateToUnsigned(static_cast<double>(resultFloat));
   resultNegative = false;
@@ -198,13 +327,14 @@ bool TStringResolver::StoreResult(AreaBlock* result) {
   return true;
 }
 
-bool TStringResolver::Fail(const char* message) {
+bool TStringResolver::Fail(std::string_view message) {
   errorMessage = message;
   return false;
 }
 
-bool TStringResolver::Fail(const char* message, const std::string& detail) {
-  errorMessage = message + detail;
+bool TStringResolver::Fail(std::string_view message, std::string_view detail) {
+  errorMessage = message;
+  errorMessage += detail;
   return false;
 }
 
@@ -214,7 +344,5 @@ const DataLableType& TStringResolver::FirstMember(const DataLableType& type) con
 }
 
 void TStringResolver::ReplaceByFirstMember(DataLableType* type) {
-  DataLableType first =
-      type->Members.empty() ? DataLableType(defaultType) : std::move(type->Members.front());
-  type->Swap(first);
+  type->Assign(FirstMember(*type));
 }

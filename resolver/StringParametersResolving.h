@@ -1,14 +1,20 @@
 #ifndef STRINGRESOLVER_RESOLVER_STRINGPARAMETERSRESOLVING_H
 #define STRINGRESOLVER_RESOLVER_STRINGPARAMETERSRESOLVING_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <list>
 #include <string>
-#include <vector>
+#include <string_view>
 
 #include "host/DataLableType.h"
 #include "host/ParrentInterface.h"
 #include "model/AreaBlock.h"
+
+namespace resolver {
+class GapText;
+}
 
 /// Resolves C-like expressions over the labels, types and target memory that a debugging host
 /// knows.
@@ -27,14 +33,13 @@ class TStringResolver {
   /// name that holds ".asm" or ".s" anywhere selects assembly ("." belongs to names), any other C
   /// ("." selects a member). `parent` is not owned and must outlive the object.
   explicit TStringResolver(TParrentInterface* parent);
-  ~TStringResolver();
   TStringResolver(const TStringResolver&) = delete;
   TStringResolver& operator=(const TStringResolver&) = delete;
 
   /// Resolves one expression. True: the result fields hold what it denotes. False: `errorMessage`
   /// says why (a few failures leave it as it was), and the result fields keep their values, but for
   /// `resultAddress` and `resultMemorySpace` when only the final read failed.
-  bool SolveStringOfElements(std::string expression);
+  bool SolveStringOfElements(std::string_view expression);
 
   /// The result's value before its final read, cut to its low 32 bits: for an object in target
   /// memory, its address.
@@ -61,11 +66,11 @@ class TStringResolver {
   // The element parser: ElementParser.cpp.
 
   /// Cuts `element`, a text without parentheses, into `areaBlocks` and evaluates them; the front
-  /// block is then the result.
-  bool SolveBasicElement(std::string element);
+  /// block is then the result. `element` must not be a text of `areaBlocks`.
+  bool SolveBasicElement(std::string_view element);
   /// Appends the next operand of `text` at `*pos` to `*area`, the operator characters around it to
   /// `*before` and `*after`, and moves `*pos` (to `std::string::npos` after the last operand).
-  bool GetFirstLexicalBlockStartingFromPos(std::string text, unsigned long* pos,
+  bool GetFirstLexicalBlockStartingFromPos(std::string_view text, unsigned long* pos,
                                            std::string* before, std::string* area,
                                            std::string* after);
   /// Links the blocks of a non-empty list by relation codes and runs the precedence rows over them.
@@ -74,7 +79,7 @@ class TStringResolver {
   int GetAfterRelations(std::list<AreaBlock>::iterator* it);
   /// Stores `relation` in the block and removes the operator's characters from its `BeforeText`.
   bool CheckBeforeRelations(std::list<AreaBlock>::iterator* it, int relation,
-                            std::string afterText);
+                            const std::string& afterText);
   /// Folds a block that carries only a type into its right neighbour. Always true.
   bool ProcessTypeRelations(std::list<AreaBlock>::iterator* left,
                             std::list<AreaBlock>::iterator* right, int relation);
@@ -100,7 +105,8 @@ class TStringResolver {
   /// Moves the block to the member that its `MemberBlock` names.
   bool ProcessLocationAreaAsMember(AreaBlock* block);
   /// Looks for `name` in `type`'s members and in those of its nested types.
-  bool RecusivlyCheckForStructFealds(DataLableType* type, std::string name, DataLableType* found);
+  bool RecusivlyCheckForStructFealds(const DataLableType* type, const std::string& name,
+                                     DataLableType* found);
 
   /// Replaces an address by the object stored there: TargetMemory.cpp. `*spaceFlag` becomes false.
   bool MoveFromPointerToObject(AreaBlock* block, bool* spaceFlag);
@@ -111,7 +117,7 @@ class TStringResolver {
   /// the host did NOT know the type.
   bool RegisterType(std::string* text);
   /// Gives `block` the saved type whose position follows the first byte of `text`.
-  bool ProcessAreaAsType(AreaBlock* block, std::string text);
+  bool ProcessAreaAsType(AreaBlock* block, std::string_view text);
 
   // Text passes: TextNormalisation.cpp. The two that return a value return false always.
 
@@ -134,9 +140,9 @@ class TStringResolver {
   /// Cleared at the start of every element.
   bool elementFlag = false;
   /// NUL-terminated set of the dialect's operator characters and markers, with "(" and ")"; an
-  /// owned array of 21 bytes.
+  /// array of 21 bytes in this object. A copy for debugging aids: writing to it changes nothing.
   char* delimitersWithParentheses;
-  /// The same without "(" and ")"; an owned array of 19 bytes.
+  /// The same without "(" and ")"; 19 bytes.
   char* delimiters;
 
  private:
@@ -150,30 +156,43 @@ class TStringResolver {
     std::uint64_t position = kNowhere;
     std::list<DataLableType>::iterator entry;
   };
-  using PairRow = int (TStringResolver::*)(AreaBlock*, AreaBlock*, int, int);
+  struct DelimiterSets {
+    std::array<char, 21> withParentheses{};
+    std::array<char, 19> without{};
+  };
+  class Subscripts;
+  class Resolution;
 
   // Each of these is documented where it is defined, and belongs to one source.
   bool RewriteSizeofs(std::string* text);
-  bool SolveGroups(std::string* text);
-  bool SolveGroup(const std::string& group, std::string* replacement);
-  bool StoreResult(AreaBlock* result);
-  bool Fail(const char* message);
-  bool Fail(const char* message, const std::string& detail);
+  bool SolveGroups(resolver::GapText* text);
+  bool SolveGroup(resolver::GapText* text, std::size_t close, bool outermost);
+  bool StoreResult(const AreaBlock& element);
+  bool StoreValue(const AreaBlock& result, std::uint64_t integer);
+  bool Fail(std::string_view message);
+  bool Fail(std::string_view message, std::string_view detail);
   [[nodiscard]] const DataLableType& FirstMember(const DataLableType& type) const;
   void ReplaceByFirstMember(DataLableType* type);
   DataLableType DescribeType(std::string* name, bool* unknown);
   const DataLableType* SavedType(std::uint64_t position);
 
+  AreaBlock& PrepareSpareBlock();
   bool TakeSavedTypes(AreaBlock* block);
-  bool AddBlock(const AreaBlock& block);
-  bool LinkBlocks(std::list<AreaBlock>* blocks);
-  bool FoldPairs(std::list<AreaBlock>* blocks, PairRow rowFunction, int row, bool fetches);
+  bool AddSpareBlock();
+  void SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlock>::iterator it);
+  bool LinkBlocks(std::list<AreaBlock>* blocks, std::uint32_t* rows);
+  bool FoldMembers(std::list<AreaBlock>* blocks);
+  bool FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t rows);
 
+  void MoveToSecondSpace(AreaBlock* block);
   bool LookUpLabel(AreaBlock* block);
   void ReadFloatingLiteral(AreaBlock* block);
   void TypeOperand(AreaBlock* block);
-  bool SolveSubscripts(std::string* text, std::vector<std::uint64_t>* subscripts);
-  bool SearchMembers(DataLableType* type, const std::string& name, DataLableType* found);
+  bool SplitSubscripts(AreaBlock* block);
+  bool ApplySubscripts(AreaBlock* block);
+  bool SolveSubscript(std::string_view group, Subscripts* subscripts);
+  bool SolveSubscripts(std::string* text, Subscripts* subscripts);
+  bool SearchMembers(const DataLableType& type, const std::string& name, DataLableType* found);
   void MergeTypes(AreaBlock* left, const AreaBlock* right);
 
   bool Settle(AreaBlock* block);
@@ -188,8 +207,16 @@ class TStringResolver {
   bool ScalePointerOffset(AreaBlock* left, AreaBlock* right, std::uint64_t* leftValue,
                           std::uint64_t* rightValue);
 
+  bool ReadObject(AreaBlock* block);
   bool ReadThroughAddress(AreaBlock* block);
 
+  DelimiterSets delimiterSets_;
+  /// The dialect's bit among the character classes.
+  unsigned delimiterClass_;
+  /// The text under resolution.
+  std::string text_;
+  /// Blocks out of use; the first ones are the next to be used.
+  std::list<AreaBlock> spareBlocks_;
   /// The saved type last looked up; null outside of a resolution.
   SavedTypeFinger* finger_ = nullptr;
   /// How many resolvers this one is nested in.

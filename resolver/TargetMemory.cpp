@@ -6,13 +6,21 @@
 #include "resolver/ValueText.h"
 
 bool TStringResolver::MoveFromPointerToObject(AreaBlock* block, bool* spaceFlag) {
+  if (!ReadObject(block)) return false;
+  *spaceFlag = false;
+  resolver::WriteValue(block);
+  if (block->ValueKind != 0) CheckFloatingPointStr(&block->AreaText);
+  return true;
+}
+
+/// As `MoveFromPointerToObject`, but for the text of the value: `AreaText` is what the host wrote.
+bool TStringResolver::ReadObject(AreaBlock* block) {
   DataLableType& type = block->Type;
   block->Value &= resolver::SizeMask(type.Size);
   if (type.IsArray || type.IsPointer) {
     ReplaceByFirstMember(&type);
   } else {
-    DataLableType untyped = defaultType;
-    type.Swap(untyped);
+    type.Assign(defaultType);
   }
 
   const std::uint32_t objectSize = resolver::AccessSize(type.Size);
@@ -23,7 +31,6 @@ bool TStringResolver::MoveFromPointerToObject(AreaBlock* block, bool* spaceFlag)
 
   if (type.IsArray) {
     block->Value &= resolver::SizeMask(accessSize);
-    block->AreaText = resolver::WriteUnsigned(block->Value);
   } else {
     block->AreaText.clear();
     if (!parentInterface->CheckAddress(block->Value, block->MemorySpace)) {
@@ -40,15 +47,13 @@ bool TStringResolver::MoveFromPointerToObject(AreaBlock* block, bool* spaceFlag)
       block->DoubleValue = static_cast<double>(block->FloatValue);
       block->ValueKind = 1;
     }
+    std::erase(block->AreaText, '\t');
+    block->Value = resolver::ReadUnsigned(block->AreaText);
   }
 
   accessSize = objectSize;
-  *spaceFlag = false;
+  block->Value &= resolver::SizeMask(accessSize);
   block->MemorySpace = 0;
-  std::erase(block->AreaText, '\t');
-  block->Value = resolver::ReadUnsigned(block->AreaText) & resolver::SizeMask(accessSize);
-  block->AreaText = resolver::WriteValue(*block);
-  CheckFloatingPointStr(&block->AreaText);
   // The value is in its own representation now; a later read of the type as a bit pattern would
   // take it for one that still has to be converted.
   type.IsFloat = false;

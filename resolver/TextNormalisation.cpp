@@ -102,6 +102,8 @@ bool TStringResolver::CheckFloatingPointStr(std::string* text) {
 }
 
 bool TStringResolver::RestoreFloatingPointStr(std::string* text) {
+  // Every protected form has one.
+  if (text->find(resolver::kProtectedPoint) == std::string::npos) return false;
   ReplaceAll(text, resolver::kProtectedExponentPlus, resolver::kExponentPlus);
   ReplaceAll(text, resolver::kProtectedExponentMinus, resolver::kExponentMinus);
   for (char& c : *text) {

@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "resolver/Markers.h"
@@ -36,13 +37,11 @@ bool TStringResolver::RegisterType(std::string* text) {
   return unknown;
 }
 
-bool TStringResolver::ProcessAreaAsType(AreaBlock* block, std::string text) {
-  const std::uint64_t position =
-      text.empty() ? 0 : resolver::ReadUnsigned(std::string_view(text).substr(1));
+bool TStringResolver::ProcessAreaAsType(AreaBlock* block, std::string_view text) {
+  const std::uint64_t position = text.empty() ? 0 : resolver::ReadUnsigned(text.substr(1));
   const DataLableType* saved = SavedType(position);
   if (saved == nullptr) return Fail("Reference to unexisting type");
-  DataLableType type = *saved;
-  block->Type.Swap(type);
+  block->Type.Assign(*saved);
   block->HasCastType = true;
   return true;
 }

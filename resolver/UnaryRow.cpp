@@ -25,7 +25,7 @@ void ConvertToCastType(AreaBlock* block) {
     }
     block->Value = resolver::TruncateToUnsigned(block->DoubleValue);
     block->ValueKind = 0;
-    block->AreaText = resolver::WriteValue(*block);
+    resolver::WriteValue(block);
   }
   // Integers become floating by their bits: memory that was read as an integer turns into the
   // number stored there.
@@ -33,13 +33,13 @@ void ConvertToCastType(AreaBlock* block) {
     block->ValueKind = 1;
     block->FloatValue = std::bit_cast<float>(static_cast<std::uint32_t>(block->Value));
     block->DoubleValue = static_cast<double>(block->FloatValue);
-    block->AreaText = resolver::WriteValue(*block);
+    resolver::WriteValue(block);
   }
   if (block->ValueKind == 0 && to.IsDouble) {
     block->ValueKind = 2;
     block->DoubleValue = std::bit_cast<double>(block->Value);
     block->FloatValue = static_cast<float>(block->DoubleValue);
-    block->AreaText = resolver::WriteValue(*block);
+    resolver::WriteValue(block);
   }
   if (block->ValueKind == 0 && !to.IsFloat && block->Type.IsSigned && to.Size > block->Type.Size) {
     // The distance is that of the two sizes, so the sign reaches the top bit only in 8 bytes.
@@ -98,7 +98,7 @@ bool TStringResolver::Settle(AreaBlock* block) {
   }
   if (block->ReferenceLevel < kPlainValue) return Fail("The pointer doesn`t exist");
   if (block->ReferenceLevel == kPlainValue) {
-    block->AreaText = resolver::WriteUnsigned(block->Value);
+    resolver::WriteUnsigned(block->Value, &block->AreaText);
   }
   return ReadPending(block);
 }
@@ -129,7 +129,7 @@ bool TStringResolver::ApplyCast(AreaBlock* block) {
     block->ReferenceLevel += 1;
   }
   if (block->ReferenceLevel < kPlainValue) return Fail("The pointer doesn`t exist");
-  if (block->ReferenceLevel == kPlainValue) block->AreaText = resolver::WriteValue(*block);
+  if (block->ReferenceLevel == kPlainValue) resolver::WriteValue(block);
   if (!ReadPending(block)) return false;
 
   std::string& before = block->BeforeText;
@@ -143,13 +143,11 @@ bool TStringResolver::ApplyCast(AreaBlock* block) {
   before.erase(open, position);
   const DataLableType* saved = SavedType(position);
   if (saved == nullptr) return Fail("Reference to unexisting type");
-  DataLableType castType = *saved;
+  block->CastType.Assign(*saved);
   // The reads above have left a plain value.
-  castType.IsAddress = false;
-  block->CastType.Swap(castType);
+  block->CastType.IsAddress = false;
   ConvertToCastType(block);
-  DataLableType type = block->CastType;
-  block->Type.Swap(type);
+  block->Type.Assign(block->CastType);
   return Settle(block);
 }
 
@@ -159,8 +157,7 @@ bool TStringResolver::ApplySizeof(AreaBlock* block) {
   block->MemorySpace = 0;
   block->IsMemberName = false;
   block->ReferenceLevel = kPlainValue;
-  DataLableType untyped = defaultType;
-  block->Type.Swap(untyped);
+  block->Type.Assign(defaultType);
   block->HasCastType = false;
   return Settle(block);
 }
@@ -172,7 +169,7 @@ bool TStringResolver::ApplyMinus(AreaBlock* block) {
   block->FloatValue = -block->FloatValue;
   block->DoubleValue = -block->DoubleValue;
   block->BeforeText.pop_back();
-  block->AreaText = resolver::WriteValue(*block);
+  resolver::WriteValue(block);
   return true;
 }
 
@@ -184,7 +181,7 @@ bool TStringResolver::ApplyNot(AreaBlock* block, const char* floatingMessage) {
       logical ? static_cast<std::uint64_t>(block->Value == 0) : ~block->Value;
   block->Value = value & resolver::SizeMask(block->Type.Size);
   block->BeforeText.pop_back();
-  block->AreaText = resolver::WriteValue(*block);
+  resolver::WriteValue(block);
   return true;
 }
 

@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <system_error>
 
@@ -12,6 +13,17 @@ namespace {
 
 // Narrowing to single precision and dividing by zero rely on infinities.
 static_assert(std::numeric_limits<float>::is_iec559 && std::numeric_limits<double>::is_iec559);
+
+/// "00" to "99". Two digits at a time take half the instructions of `std::to_chars` here, and
+/// addresses are written at every operand.
+constexpr std::array<char, 200> kPairsOfDigits = [] {
+  std::array<char, 200> pairs{};
+  for (std::size_t i = 0; i < pairs.size(); ++i) {
+    const std::size_t digit = i % 2 == 0 ? i / 20 : i / 2 % 10;
+    pairs[i] = static_cast<char>('0' + digit);
+  }
+  return pairs;
+}();
 
 bool IsDigit(char c) {
   return c >= '0' && c <= '9';
@@ -91,6 +103,15 @@ Number ReadFloatingNumber(std::string_view text) {
 }  // namespace
 
 std::uint64_t ReadUnsigned(std::string_view text) {
+  // Nearly every text is a number that was written here, and short enough not to overflow.
+  constexpr std::size_t kSafeDigits = 19;
+  std::uint64_t plain = 0;
+  std::size_t digits = 0;
+  for (; digits < text.size() && IsDigit(text[digits]); ++digits) {
+    plain = plain * 10 + static_cast<std::uint64_t>(text[digits] - '0');
+  }
+  if (digits > 0 && digits <= kSafeDigits) return plain;
+
   text = SkipWhiteSpace(text);
   const bool negative = TakeSign(&text);
   std::uint64_t value = 0;
@@ -108,9 +129,26 @@ float ReadFloat(std::string_view text) {
 }
 
 std::string WriteUnsigned(std::uint64_t value) {
+  std::string text;
+  WriteUnsigned(value, &text);
+  return text;
+}
+
+void WriteUnsigned(std::uint64_t value, std::string* text) {
   std::array<char, 20> digits;
-  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-  return {digits.data(), end};
+  std::size_t first = digits.size();
+  while (value >= 100) {
+    first -= 2;
+    std::memcpy(&digits[first], &kPairsOfDigits[value % 100 * 2], 2);
+    value /= 100;
+  }
+  if (value >= 10) {
+    first -= 2;
+    std::memcpy(&digits[first], &kPairsOfDigits[value * 2], 2);
+  } else {
+    digits[--first] = static_cast<char>('0' + value);
+  }
+  text->assign(digits.data() + first, digits.size() - first);
 }
 
 std::string WriteFloating(double value) {
@@ -121,14 +159,12 @@ std::string WriteFloating(double value) {
   return {digits.data(), end};
 }
 
-std::string WriteValue(const AreaBlock& block) {
-  switch (block.ValueKind) {
-    case 0:
-      return WriteUnsigned(block.Value);
-    case 1:
-      return WriteFloating(static_cast<double>(block.FloatValue));
-    default:
-      return WriteFloating(block.DoubleValue);
+void WriteValue(AreaBlock* block) {
+  if (block->ValueKind == 0) {
+    WriteUnsigned(block->Value, &block->AreaText);
+  } else {
+    block->AreaText = WriteFloating(block->ValueKind == 1 ? static_cast<double>(block->FloatValue)
+                                                          : block->DoubleValue);
   }
 }
 

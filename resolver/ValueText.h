@@ -27,8 +27,11 @@ std::string WriteUnsigned(std::uint64_t value);
 /// Six significant digits, as in "0.333333" or "1e+10".
 std::string WriteFloating(double value);
 
-/// The block's live value.
-std::string WriteValue(const AreaBlock& block);
+/// Writes the number in place of `*text`.
+void WriteUnsigned(std::uint64_t value, std::string* text);
+
+/// Writes the block's live value into its text.
+void WriteValue(AreaBlock* block);
 
 /// Truncates toward zero. NaN gives 0; a negative value its two's complement, at or below -2^63 the
 /// pattern of -2^63; a value at or above 2^64 gives all ones.

@@ -1,7 +1,6 @@
 #ifndef STRINGRESOLVER_TARGETS_DWARFFIELDS_H
 #define STRINGRESOLVER_TARGETS_DWARFFIELDS_H
 
-#include <list>
 #include <vector>
 
 #include "host/DataLableType.h"
@@ -11,7 +10,7 @@ namespace targets {
 
 /// The fields of a structure, as the `Members` of its full record.
 struct StructureFields {
-  std::list<DataLableType> fields;
+  SharedList<DataLableType> fields;
   std::vector<MemberRemark> remarks;
 };
 

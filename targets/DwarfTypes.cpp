@@ -327,8 +327,7 @@ void DwarfTypes::MakeArray(const Level& level, TypeRecord* type) const {
   array.PointerSize = layout_.pointerSize;
   // The element's size is what a subscript is multiplied by: exact, also for a row.
   type->record.Size = RecordSize(stride, "the element of an array");
-  array.Members.emplace_back();
-  array.Members.back().Swap(type->record);
+  array.Members.push_back(std::move(type->record));
   type->record.Swap(array);
   type->kind = TypeRecord::Kind::kArray;
   type->size = stride * level.count;

@@ -9,6 +9,7 @@ file(GLOB_RECURSE headers RELATIVE "${PREFIX}/include" "${PREFIX}/include/*")
 set(expected
   stringresolver/host/DataLableType.h
   stringresolver/host/ParrentInterface.h
+  stringresolver/host/SharedList.h
   stringresolver/model/AreaBlock.h
   stringresolver/model/RelationCode.h
   stringresolver/resolver/StringParametersResolving.h)

@@ -1,6 +1,8 @@
 #include "tests/reference/World.h"
 
+#include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace reference {
 namespace {
@@ -196,7 +198,10 @@ void World::Bend(DataLableType* record, Random* random) const {
       record->IsDouble = !record->IsDouble;
       break;
     case 9:
-      if (!record->Members.empty()) record->Members.push_front(record->Members.back());
+      if (!record->Members.empty()) {
+        record->Members.push_back(std::as_const(record->Members).back());
+        std::rotate(record->Members.begin(), record->Members.end() - 1, record->Members.end());
+      }
       record->ExtraFlag = true;
       break;
     case 10:

@@ -48,4 +48,33 @@ TEST(Threads, DistinctResolversRunSideBySide) {
   for (const std::vector<std::string>& mine : outcomes) EXPECT_EQ(mine, expected);
 }
 
+using Names = SharedList<std::string>;
+
+std::string Joined(const Names& names) {
+  std::string text;
+  for (const std::string& name : names) text += name + " ";
+  return text;
+}
+
+TEST(Threads, ListsOfRecordsMayShareEntries) {
+  const Names source{"a", "b", "c"};
+  std::vector<std::thread> threads;
+  std::vector<std::string> texts(4);
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    threads.emplace_back([&source, &text = texts[i], i] {
+      for (int round = 0; round < 2000; ++round) {
+        Names copy = source;
+        const Names second = copy;
+        copy.front() = std::to_string(i);
+        text = Joined(copy) + Joined(second);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (std::size_t i = 0; i < texts.size(); ++i) {
+    EXPECT_EQ(texts[i], std::to_string(i) + " b c a b c ");
+  }
+  EXPECT_EQ(Joined(source), "a b c ");
+}
+
 }  // namespace

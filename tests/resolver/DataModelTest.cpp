@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <utility>
@@ -62,7 +63,8 @@ std::vector<Change> Changes() {
       {"a member less", [](DataLableType* t) { t->Members.pop_back(); }},
       {"a member's name", [](DataLableType* t) { t->Members.front().Name = "x"; }},
       {"a member's member", [](DataLableType* t) { t->Members.front().Members.front().Size = 3; }},
-      {"the members' order", [](DataLableType* t) { t->Members.reverse(); }},
+      {"the members' order",
+       [](DataLableType* t) { std::reverse(t->Members.begin(), t->Members.end()); }},
       {"a nested type", [](DataLableType* t) { t->NestedTypes.back() = "x"; }},
       {"a nested type more", [](DataLableType* t) { t->NestedTypes.emplace_back(); }},
       {"IsSigned", [](DataLableType* t) { t->IsSigned = !t->IsSigned; }},

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <list>
 #include <string>
+#include <string_view>
 #include <type_traits>
 #include <vector>
 
@@ -48,8 +49,8 @@ static_assert(kIs<decltype(Record::IsPointer), bool>);
 static_assert(kIs<decltype(Record::IsAddress), bool>);
 static_assert(kIs<decltype(Record::Size), std::uint32_t>);
 static_assert(kIs<decltype(Record::Offset), std::uint32_t>);
-static_assert(kIs<decltype(Record::Members), std::list<Record>>);
-static_assert(kIs<decltype(Record::NestedTypes), std::list<std::string>>);
+static_assert(kIs<decltype(Record::Members), SharedList<Record>>);
+static_assert(kIs<decltype(Record::NestedTypes), SharedList<std::string>>);
 static_assert(kIs<decltype(Record::IsSigned), bool>);
 static_assert(kIs<decltype(Record::IsFloat), bool>);
 static_assert(kIs<decltype(Record::IsDouble), bool>);
@@ -101,16 +102,16 @@ constexpr bool IsOperation(Actual /*unused*/) {
   return std::is_same_v<Expected, Actual>;
 }
 
-static_assert(IsOperation<bool (Resolver::*)(std::string)>(&Resolver::SolveStringOfElements));
-static_assert(IsOperation<bool (Resolver::*)(std::string)>(&Open::SolveBasicElement));
+static_assert(IsOperation<bool (Resolver::*)(std::string_view)>(&Resolver::SolveStringOfElements));
+static_assert(IsOperation<bool (Resolver::*)(std::string_view)>(&Open::SolveBasicElement));
 static_assert(
-    IsOperation<bool (Resolver::*)(std::string, unsigned long*, std::string*, std::string*,
+    IsOperation<bool (Resolver::*)(std::string_view, unsigned long*, std::string*, std::string*,
                                    std::string*)>(&Open::GetFirstLexicalBlockStartingFromPos));
 static_assert(
     IsOperation<bool (Resolver::*)(std::list<Block>*)>(&Open::ProcessBasicBlocksRelations));
 static_assert(IsOperation<int (Resolver::*)(Iterator*)>(&Open::GetAfterRelations));
-static_assert(
-    IsOperation<bool (Resolver::*)(Iterator*, int, std::string)>(&Open::CheckBeforeRelations));
+static_assert(IsOperation<bool (Resolver::*)(Iterator*, int, const std::string&)>(
+    &Open::CheckBeforeRelations));
 static_assert(
     IsOperation<bool (Resolver::*)(Iterator*, Iterator*, int)>(&Open::ProcessTypeRelations));
 static_assert(IsOperation<bool (Resolver::*)(Block*)>(&Open::ZeroRaw));
@@ -121,11 +122,11 @@ static_assert(IsOperation<bool (Resolver::*)(std::string*, std::string*, const c
     &Open::FindStringParameter));
 static_assert(IsOperation<bool (Resolver::*)(Block*)>(&Open::SolveSquareBracets));
 static_assert(IsOperation<bool (Resolver::*)(Block*)>(&Open::ProcessLocationAreaAsMember));
-static_assert(IsOperation<bool (Resolver::*)(Record*, std::string, Record*)>(
+static_assert(IsOperation<bool (Resolver::*)(const Record*, const std::string&, Record*)>(
     &Open::RecusivlyCheckForStructFealds));
 static_assert(IsOperation<bool (Resolver::*)(Block*, bool*)>(&Open::MoveFromPointerToObject));
 static_assert(IsOperation<bool (Resolver::*)(std::string*)>(&Open::RegisterType));
-static_assert(IsOperation<bool (Resolver::*)(Block*, std::string)>(&Open::ProcessAreaAsType));
+static_assert(IsOperation<bool (Resolver::*)(Block*, std::string_view)>(&Open::ProcessAreaAsType));
 static_assert(IsOperation<void (Resolver::*)(std::string*)>(&Open::ProcessBasickTypes));
 static_assert(IsOperation<bool (Resolver::*)(std::string*)>(&Open::CheckFloatingPointStr));
 static_assert(IsOperation<bool (Resolver::*)(std::string*)>(&Open::RestoreFloatingPointStr));
