@@ -57,15 +57,17 @@ class Nesting {
 };
 
 /// Do these texts put what is between them in the first brackets of an operand? Not of one with
-/// marks in it, which are read before brackets are joined.
+/// marks in it, which are read before brackets are joined, nor of one behind a parenthesis: an
+/// empty group vanishes and joins what is around it.
 bool IsFirstSubscript(std::string_view before, std::string_view behind, unsigned delimiters) {
+  constexpr unsigned kUnfit =
+      resolver::kBracket | resolver::kSubResultOrSpace | resolver::kParenthesis;
   if (!before.ends_with('[') || !behind.starts_with(']')) return false;
   const std::size_t bracket = before.size() - 1;
   std::size_t operand = bracket;
-  while (operand > 0 && !resolver::IsOf(before[operand - 1], delimiters | resolver::kParenthesis)) {
+  while (operand > 0 && !resolver::IsOf(before[operand - 1], delimiters)) {
     --operand;
-    if (resolver::IsOf(before[operand], resolver::kBracket | resolver::kSubResultOrSpace))
-      return false;
+    if (resolver::IsOf(before[operand], kUnfit)) return false;
   }
   return operand < bracket;
 }
