@@ -186,7 +186,7 @@ class SharedList {
     const bool alone = block_ != nullptr && block_->owners.load(std::memory_order_acquire) == 1;
     if (alone && block_->capacity >= count) return block_;
     // Most lists have one entry, a pointer's pointee; longer ones double.
-    const std::size_t room = alone && count > block_->count ? 2 * std::size_t{block_->capacity} : 0;
+    const std::size_t room = alone ? 2 * std::size_t{block_->capacity} : 0;
     SharedList copy;
     copy.block_ = Allocate(count > room ? count : room);
     for (std::size_t i = 0; i < size() && i < count; ++i) {

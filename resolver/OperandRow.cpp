@@ -12,10 +12,10 @@ namespace {
 /// The type of the second memory space's words, which the host describes.
 constexpr const char* kSecondSpaceType = "ZV_Lorn";
 
-/// "/" and ":" stand on either side of the digits and count as well. The comparison is signed, so
-/// bytes above 0x7f never begin a literal.
+/// For a text that is not empty. "/" and ":" stand on either side of the digits and count as well.
+/// The comparison is signed, so bytes above 0x7f never begin a literal.
 bool IsFloatingLiteral(const std::string& text) {
-  const auto first = static_cast<signed char>(text.empty() ? '\0' : text.front());
+  const auto first = static_cast<signed char>(text.front());
   return first > '.' && first <= ':' && text.find_first_of(",.") != std::string::npos;
 }
 

@@ -17,8 +17,6 @@ namespace {
 constexpr std::size_t kKeptText = 4096;
 constexpr std::size_t kKeptBlocks = 64;
 
-constexpr const char* kDigits = "0123456789";
-
 bool NamesAssembly(std::string_view fileName) {
   for (std::size_t at = fileName.find('.'); at != std::string_view::npos;
        at = fileName.find('.', at + 1)) {
@@ -77,11 +75,8 @@ bool IsFirstSubscript(std::string_view before, std::string_view behind, unsigned
 std::string_view TakePlainSubResult(std::string_view* text) {
   std::string_view rest = *text;
   if (!rest.starts_with(resolver::kSubResultStart)) return {};
-  rest.remove_prefix(resolver::kSubResultStart.size());
-  const std::size_t close = rest.find_first_not_of(kDigits);
-  if (close == std::string_view::npos || rest[close] != resolver::kSubResultClose) return {};
-  rest.remove_prefix(close + 1);
-  const std::string_view number = rest.substr(0, rest.find_first_not_of(kDigits));
+  rest.remove_prefix(rest.find(resolver::kSubResultClose) + 1);
+  const std::string_view number = rest.substr(0, rest.find_first_not_of("0123456789"));
   rest.remove_prefix(number.size());
   if (!rest.starts_with(resolver::kSubResultFence)) return {};
   rest.remove_prefix(resolver::kSubResultFence.size());

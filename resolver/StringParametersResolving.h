@@ -199,7 +199,7 @@ class TStringResolver {
   bool ReadPending(AreaBlock* block);
   bool ReadOperand(AreaBlock* block);
   bool ApplyCast(AreaBlock* block);
-  bool ApplySizeof(AreaBlock* block);
+  void ApplySizeof(AreaBlock* block);
   bool ApplyMinus(AreaBlock* block);
   bool ApplyNot(AreaBlock* block, const char* floatingMessage);
   bool ApplyDereference(AreaBlock* block);

@@ -41,7 +41,7 @@ void ConvertToCastType(AreaBlock* block) {
     block->FloatValue = static_cast<float>(block->DoubleValue);
     resolver::WriteValue(block);
   }
-  if (block->ValueKind == 0 && !to.IsFloat && block->Type.IsSigned && to.Size > block->Type.Size) {
+  if (block->ValueKind == 0 && block->Type.IsSigned && to.Size > block->Type.Size) {
     // The distance is that of the two sizes, so the sign reaches the top bit only in 8 bytes.
     const std::uint32_t distance = (to.Size - block->Type.Size) * 8 % 64;
     block->Value =
@@ -58,7 +58,7 @@ bool TStringResolver::SecondRaw(AreaBlock* block) {
         if (!ApplyCast(block)) return false;
         break;
       case resolver::kSizeofMark:
-        if (!ApplySizeof(block)) return false;
+        ApplySizeof(block);
         break;
       case '+':
         block->BeforeText.pop_back();
@@ -151,7 +151,7 @@ bool TStringResolver::ApplyCast(AreaBlock* block) {
   return Settle(block);
 }
 
-bool TStringResolver::ApplySizeof(AreaBlock* block) {
+void TStringResolver::ApplySizeof(AreaBlock* block) {
   block->Value = block->Type.IsAddress ? FirstMember(block->Type).Size : block->Type.Size;
   block->ValueKind = 0;
   block->MemorySpace = 0;
@@ -159,7 +159,8 @@ bool TStringResolver::ApplySizeof(AreaBlock* block) {
   block->ReferenceLevel = kPlainValue;
   block->Type.Assign(defaultType);
   block->HasCastType = false;
-  return Settle(block);
+  block->BeforeText.pop_back();
+  resolver::WriteValue(block);
 }
 
 /// The type stays: minus an unsigned number is its complement, not a negative one.

@@ -106,6 +106,11 @@ TEST(ValueText, ReadsLikeAStream) {
                            "abc"}) {
     CheckRead(text);
   }
+  // Out of range without an exponent.
+  const std::string zeros(400, '0');
+  for (const std::string& text : {"1" + zeros, "-1" + zeros, "0." + zeros + "1", zeros + "1"}) {
+    CheckRead(text);
+  }
 }
 
 TEST(ValueText, ReadsRandomTextsLikeAStream) {
