@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <exception>
 #include <vector>
 
+#include "targets/Error.h"
 #include "tools/resolve/Printable.h"
 
 namespace tool {
@@ -39,9 +41,14 @@ bool MatchesPattern(std::string_view name, std::string_view pattern) {
 
 bool WriteListing(const Lister& lister, std::string_view pattern, Output* output) {
   std::vector<targets::Listing> entries;
-  lister([&](const targets::Listing& entry) {
-    if (pattern.empty() || MatchesPattern(entry.name, pattern)) entries.push_back(entry);
-  });
+  std::exception_ptr failure;
+  try {
+    lister([&](const targets::Listing& entry) {
+      if (pattern.empty() || MatchesPattern(entry.name, pattern)) entries.push_back(entry);
+    });
+  } catch (const targets::Error&) {
+    failure = std::current_exception();
+  }
   std::size_t column = 0;
   for (const targets::Listing& entry : entries) {
     if (entry.name.size() <= kWidestColumn) column = std::max(column, entry.name.size());
@@ -55,6 +62,7 @@ bool WriteListing(const Lister& lister, std::string_view pattern, Output* output
     output->WriteLine(line);
   }
   output->Flush();
+  if (failure) std::rethrow_exception(failure);
   return !entries.empty();
 }
 

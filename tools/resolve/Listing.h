@@ -18,7 +18,8 @@ bool MatchesPattern(std::string_view name, std::string_view pattern);
 using Lister = std::function<void(const std::function<void(const targets::Listing&)>& visit)>;
 
 /// Writes the entries whose name matches `pattern`, or all when it is empty, one a line with the
-/// details in a column of their own. False when there is none.
+/// details in a column of their own. False when there is none. An `Error` of the listing passes
+/// through when what came before it is written.
 bool WriteListing(const Lister& lister, std::string_view pattern, Output* output);
 
 }  // namespace tool
