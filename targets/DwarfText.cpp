@@ -102,7 +102,9 @@ std::string TypeText(const DwarfFile& file, std::optional<Dwarf_Die> type) {
     } else if (tag == DW_TAG_array_type && goesOn) {
       std::string suffix;
       for (const std::uint64_t count : ArrayCounts(file, *type)) {
-        suffix += count == 0 ? "[]" : "[" + std::to_string(count) + "]";
+        suffix += '[';
+        if (count != 0) suffix += std::to_string(count);
+        suffix += ']';
       }
       AddSuffix(&around, suffix);
     } else if (tag == DW_TAG_subroutine_type && goesOn) {

@@ -63,8 +63,8 @@ std::optional<ElfSymbol> ElfSymbols::Find(std::string_view name, std::string_vie
     if (!symbol.file.empty()) place += " in " + std::string(symbol.file);
     places.push_back(std::move(place));
   }
-  throw Error(ErrorCode::kAmbiguous,
-              "'" + std::string(name) + "' stands for several symbols: " + Enumerated(places));
+  throw Error(ErrorCode::kAmbiguous, std::string("'").append(name) +
+                                         "' stands for several symbols: " + Enumerated(places));
 }
 
 bool ElfSymbols::IsMappingSymbol(std::string_view name) const {

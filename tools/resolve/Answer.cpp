@@ -17,7 +17,8 @@ std::string ToText(Arguments... arguments) {
 
 std::string FormatValue(const Answer& answer) {
   if (answer.floating) return ToText(answer.number);
-  return (answer.negative ? "-" : "") + ToText(answer.magnitude);
+  std::string text = answer.negative ? "-" : "";
+  return text += ToText(answer.magnitude);
 }
 
 std::string FormatDetails(const Answer& answer) {
