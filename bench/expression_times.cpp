@@ -3,44 +3,31 @@
 //   expression_times PROGRAM [EXPRESSION...]
 //
 // One line an expression: median nanoseconds and allocations with a fresh resolver for each
-// resolution, the same with one kept, over a host in memory and over the ELF host, tab-separated.
+// resolution, the same with one kept, over a host in memory and over the ELF host, then the answer
+// over either host, a number or "error"; tab-separated.
 
 #include <algorithm>
 #include <chrono>
+#include <cinttypes>
+#include <cstdint>
 #include <cstdio>
-#include <cstdlib>
-#include <new>
+#include <limits>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "bench/Allocations.h"
 #include "bench/MemoryHost.h"
+#include "bench/ProgramLabels.h"
 #include "resolver/StringParametersResolving.h"
 #include "targets/ElfProgram.h"
 #include "targets/ProgramHost.h"
 
 namespace {
 
-std::size_t allocationCount = 0;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  ++allocationCount;
-  if (void* const block = std::malloc(size)) return block;
-  throw std::bad_alloc();
-}
-void operator delete(void* block) noexcept {
-  std::free(block);
-}
-void operator delete(void* block, std::size_t /*size*/) noexcept {
-  std::free(block);
-}
-
-namespace {
-
 struct Figures {
   double nanoseconds = 0;
-  std::size_t allocations = 0;
+  std::uint64_t allocations = 0;
 };
 
 template <typename Work>
@@ -57,9 +44,22 @@ Figures Measure(Work work) {
                      kTimes);
   }
   std::sort(rounds.begin(), rounds.end());
-  const std::size_t before = allocationCount;
+  const bench::Allocations before = bench::AllocationsSoFar();
   work();
-  return {rounds[kRounds / 2], allocationCount - before};
+  return {rounds[kRounds / 2], (bench::AllocationsSoFar() - before).count};
+}
+
+std::string Answer(TParrentInterface* host, const std::string& expression) {
+  TStringResolver resolver(host);
+  if (!resolver.SolveStringOfElements(expression)) return "error";
+  std::ostringstream text;
+  text.precision(std::numeric_limits<double>::max_digits10);
+  if (resolver.resultFloating) {
+    text << resolver.resultFloat;
+  } else {
+    text << (resolver.resultNegative ? "-" : "") << resolver.resultValue;
+  }
+  return text.str();
 }
 
 void Report(TParrentInterface* host, const std::string& expression, auto prepare) {
@@ -73,8 +73,8 @@ void Report(TParrentInterface* host, const std::string& expression, auto prepare
     prepare();
     kept.SolveStringOfElements(expression);
   });
-  std::printf("\t%.0f\t%zu\t%.0f\t%zu", fresh.nanoseconds, fresh.allocations, again.nanoseconds,
-              again.allocations);
+  std::printf("\t%.0f\t%" PRIu64 "\t%.0f\t%" PRIu64, fresh.nanoseconds, fresh.allocations,
+              again.nanoseconds, again.allocations);
 }
 
 }  // namespace
@@ -85,16 +85,16 @@ int main(int count, char** arguments) {
     return 2;
   }
   targets::ElfProgram program(arguments[1]);
-  bench::MemoryHost memory(program, program.Memory(),
-                           {"x", "a", "s", "head", "first", "second", "third", "p", "ring", "arr",
-                            "m", "f", "d", "wide"});
+  bench::MemoryHost memory(program, program.Memory(), bench::ProgramLabels());
   targets::ProgramHost elf(program, program.Memory());
   for (int i = 2; i < count; ++i) {
     const std::string expression = arguments[i];
     std::printf("%s", expression.c_str());
     Report(&memory, expression, [] {});
     Report(&elf, expression, [&elf] { elf.StartResolution(); });
-    std::printf("\n");
+    elf.StartResolution();
+    std::printf("\t%s\t%s\n", Answer(&memory, expression).c_str(),
+                Answer(&elf, expression).c_str());
   }
   return 0;
 }
