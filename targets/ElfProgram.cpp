@@ -261,13 +261,13 @@ bool ElfProgram::HasType(std::string_view name) {
   DebugInfo& debug = *parts_->debug;
   if (debug.types.NamedRecordType(name)) return true;
   if (parts_->HasGlobalType(name)) return true;
-  if (!CanonicalBasicType(name).empty() || parts_->HasLabel(name)) return false;
-  // Only now is it worth looking into every function; not for `structnode`, which another reading
-  // explains.
+  if (!CanonicalBasicType(name).empty()) return false;
+  // Neither the symbol table nor what is inside of functions is worth reading for `structnode`,
+  // which another reading explains.
   const auto known = [&](std::string_view reading) {
     return reading != name && parts_->HasGlobalType(reading);
   };
-  if (CanonicalTypeName(name, known)) return false;
+  if (CanonicalTypeName(name, known) || parts_->HasLabel(name)) return false;
   return debug.lookup.Find(name, debug.index.Local()).has_value();
 }
 
