@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <functional>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -32,7 +32,7 @@ std::vector<Change> Changes() {
       {"push_back", [](List* l) { l->push_back("d"); }, "a b c d "},
       {"push_back of an entry", [](List* l) { l->push_back(std::as_const(*l).front()); },
        "a b c a "},
-      {"emplace_back", [](List* l) { l->emplace_back(2, 'x') += "y"; }, "a b c xxy "},
+      {"emplace_back", [](List* l) { l->emplace_back(std::size_t{2}, 'x') += "y"; }, "a b c xxy "},
       {"pop_back", [](List* l) { l->pop_back(); }, "a b "},
       {"resize down", [](List* l) { l->resize(1); }, "a "},
       {"resize up", [](List* l) { l->resize(5); }, "a b c   "},
