@@ -3,7 +3,6 @@
 #include <iterator>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "resolver/Markers.h"
 #include "resolver/StringParametersResolving.h"
@@ -19,12 +18,7 @@ DataLableType TStringResolver::DescribeType(std::string* name, bool* unknown) {
   }
   *unknown = false;
   DataLableType type = parentInterface->GetTypeDescription(*name, unknown);
-  for (; stars > 0; --stars) {
-    DataLableType pointer = std::move(type).FormPointer();
-    pointer.IsAddress = false;
-    // NOLINTNEXTLINE(bugprone-use-after-move): a record moved from is empty, and may be swapped.
-    type.Swap(pointer);
-  }
+  for (; stars > 0; --stars) type.PointTo(type);
   return type;
 }
 
