@@ -58,7 +58,9 @@ std::vector<LabelChoice::Candidate> LabelChoice::Candidates(std::string_view nam
   for (std::uint32_t n = table.names.First(name); n != NameTable::kNone; n = table.names.Next(n)) {
     const IndexEntry& entry = table.entries[n];
     if (!IsLabelKind(entry.kind) || entry.isDeclaration) continue;
-    all.push_back({entry, {}, Rank(entry)});
+    Candidate& candidate = all.emplace_back();
+    candidate.entry = entry;
+    candidate.rank = Rank(entry);
   }
   if (all.empty()) return all;
   const auto placeless = [](const Candidate& c) { return c.place.kind == Place::Kind::kNowhere; };
