@@ -1,6 +1,8 @@
 #include "targets/ElfProgram.h"
 
 #include <algorithm>
+#include <functional>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -128,6 +130,28 @@ struct ElfProgram::Parts {
     if (const auto first = debug->units.FirstSource()) debug->units.MakeCurrent(*first);
   }
 
+  std::optional<Label> ChooseLabel(std::string_view name) {
+    if (debug) {
+      if (auto label = debug->choice.Find(name, debug->index.Global())) return label;
+    }
+    std::optional<Label> symbol = SymbolLabel(name);
+    std::optional<IndexEntry> declaration;
+    if (debug) {
+      declaration = debug->choice.FindDeclaration(name, debug->index.Global());
+      // Defined in a source without debug information, declared in one with it.
+      if (symbol && declaration) return debug->choice.Typed(name, *declaration, symbol->value);
+      if (symbol) return symbol;
+      if (auto label = debug->choice.Find(name, debug->index.Local())) return label;
+    }
+    if (symbol) return symbol;
+    if (declaration) {
+      throw Error(ErrorCode::kNotRepresented,
+                  "'" + std::string(name) + "' is declared, but this program does not define it");
+    }
+    if (damage) throw Error(*damage);
+    return std::nullopt;
+  }
+
   std::string CurrentFile() const {
     if (!debug) return chosenFile;
     const std::optional<std::uint32_t> unit = debug->units.Current();
@@ -183,6 +207,9 @@ struct ElfProgram::Parts {
   /// What the user called the current file of a program that names none.
   std::string chosenFile;
   std::vector<MemberRemark> noRemarks;
+  /// The typed labels found so far, with the current source file as it is: at every stop a debugger
+  /// asks for the same ones.
+  std::map<std::string, Label, std::less<>> variables;
 };
 
 ElfProgram::ElfProgram(const std::string& path, const std::string& debugFolder)
@@ -195,6 +222,7 @@ MemorySource& ElfProgram::Memory() {
 }
 
 void ElfProgram::SetCurrentFile(const std::string& name) {
+  parts_->variables.clear();
   if (parts_->debug && parts_->debug->units.FirstSource()) {
     parts_->debug->units.MakeCurrent(name);
   } else {
@@ -234,26 +262,11 @@ bool ElfProgram::CurrentFileIsAssembly() const {
 }
 
 std::optional<Label> ElfProgram::FindLabel(std::string_view name) {
-  if (parts_->debug) {
-    if (auto label = parts_->debug->choice.Find(name, parts_->debug->index.Global())) return label;
-  }
-  std::optional<Label> symbol = parts_->SymbolLabel(name);
-  std::optional<IndexEntry> declaration;
-  if (parts_->debug) {
-    DebugInfo& debug = *parts_->debug;
-    declaration = debug.choice.FindDeclaration(name, debug.index.Global());
-    // Defined in a source without debug information, declared in one with it.
-    if (symbol && declaration) return debug.choice.Typed(name, *declaration, symbol->value);
-    if (symbol) return symbol;
-    if (auto label = debug.choice.Find(name, debug.index.Local())) return label;
-  }
-  if (symbol) return symbol;
-  if (declaration) {
-    throw Error(ErrorCode::kNotRepresented,
-                "'" + std::string(name) + "' is declared, but this program does not define it");
-  }
-  if (parts_->damage) throw Error(*parts_->damage);
-  return std::nullopt;
+  const auto known = parts_->variables.find(name);
+  if (known != parts_->variables.end()) return known->second;
+  std::optional<Label> label = parts_->ChooseLabel(name);
+  if (label && label->typed) parts_->variables.emplace(name, *label);
+  return label;
 }
 
 bool ElfProgram::HasType(std::string_view name) {
