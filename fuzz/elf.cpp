@@ -106,7 +106,7 @@ void LookUp(targets::LabelSource& source, const std::vector<std::string>& labels
 
 void ReadMemory(targets::MemorySource& memory, std::uint64_t address) {
   std::array<std::byte, 16> bytes{};
-  const std::size_t count = memory.Read(address, 0, bytes);
+  const std::size_t count = memory.Read(address, 0, bytes).size;
   Require(count <= bytes.size(), "no more is read than asked for");
   Require(address + count >= address, "a read does not wrap");
 }

@@ -337,7 +337,8 @@ std::string DwarfTypes::RecordName(const Dwarf_Die& type, const std::string& tex
   // The offset tells types of one name apart; the number after it, entries of equal offset in
   // different sections.
   Dwarf_Die copy = type;
-  const std::string stem = text + "#" + Hexadecimal(dwarf_dieoffset(&copy)).substr(2);
+  const std::string stem = text + "#" + Hexadecimal(dwarf_dieoffset(&copy)).substr(2) +
+                           layout_.recordMark;
   std::string name = stem;
   for (int n = 2;; ++n) {
     const auto [entry, added] = named_.emplace(name, type);

@@ -39,11 +39,13 @@ bool PlainCharIsSigned(const ElfFile& file) {
   }
 }
 
-TargetLayout LayoutOf(const ElfFile& file) {
+TargetLayout LayoutOf(const ElfFile& file, const ElfOptions& options) {
   TargetLayout layout;
   layout.pointerSize = file.PointerSize();
   layout.order = file.Order();
-  layout.highestAddress = file.HighestAddress();
+  layout.loadBias = options.loadBias;
+  layout.recordMark = options.recordMark;
+  layout.highestAddress = options.highestAddress.value_or(layout.Loaded(file.HighestAddress()));
   layout.plainCharIsSigned = PlainCharIsSigned(file);
   return layout;
 }
@@ -86,15 +88,16 @@ std::string DetailOrError(Describe describe) {
 }  // namespace
 
 struct ElfProgram::Parts {
-  Parts(const std::string& path, const std::string& debugFolder)
+  Parts(const std::string& path, const ElfOptions& options)
       : file(path),
-        separate(Separate(file, debugFolder)),
-        layout(LayoutOf(file)),
+        separate(Separate(file, options.debugFolder)),
+        layout(LayoutOf(file, options)),
         memory(file),
         symbols(SymbolFile()),
         damage(separate.reason) {
     try {
-      debug.emplace(file, separate.file ? *separate.file : file, debugFolder, layout, &damage);
+      debug.emplace(file, separate.file ? *separate.file : file, options.debugFolder, layout,
+                    &damage);
     } catch (const Error& error) {
       damage = error;
     }
@@ -145,7 +148,7 @@ struct ElfProgram::Parts {
     }
     if (symbol) return symbol;
     if (declaration) {
-      throw Error(ErrorCode::kNotRepresented,
+      throw Error(ErrorCode::kNotDefined,
                   "'" + std::string(name) + "' is declared, but this program does not define it");
     }
     if (damage) throw Error(*damage);
@@ -192,7 +195,7 @@ struct ElfProgram::Parts {
     }
     Label label;
     label.kind = symbol->isFunction ? LabelKind::kFunction : LabelKind::kSymbol;
-    label.value = symbol->value;
+    label.value = layout.Loaded(symbol->value);
     if (damage && !symbol->isFunction) label.whyUntyped = damage->what();
     return label;
   }
@@ -212,8 +215,8 @@ struct ElfProgram::Parts {
   std::map<std::string, Label, std::less<>> variables;
 };
 
-ElfProgram::ElfProgram(const std::string& path, const std::string& debugFolder)
-    : parts_(std::make_unique<Parts>(path, debugFolder)) {}
+ElfProgram::ElfProgram(const std::string& path, ElfOptions options)
+    : parts_(std::make_unique<Parts>(path, options)) {}
 
 ElfProgram::~ElfProgram() = default;
 
@@ -325,9 +328,10 @@ void ElfProgram::ListLabels(const std::function<void(const Listing&)>& visit) {
     const std::string_view name = parts_->symbols.NameOf(n);
     if (parts_->debug && LabelChoice::Defines(name, parts_->debug->index.Global())) continue;
     const ElfSymbol& symbol = parts_->symbols.At(n);
-    std::string detail = symbol.isThreadLocal ? "thread-local symbol"
-                                              : (symbol.isFunction ? "function " : "symbol ") +
-                                                    Hexadecimal(symbol.value);
+    std::string detail = symbol.isThreadLocal
+                             ? "thread-local symbol"
+                             : (symbol.isFunction ? "function " : "symbol ") +
+                                   Hexadecimal(parts_->layout.Loaded(symbol.value));
     listings.emplace(name, std::move(detail));
   }
   VisitAll(listings, visit);

@@ -99,8 +99,10 @@ int LabelChoice::Rank(const IndexEntry& entry) const {
 Place LabelChoice::PlaceOf(const IndexEntry& entry) const {
   const Dwarf_Die die = file_.At(entry.die);
   if (entry.kind == EntryKind::kEnumerator) return PlaceOfEnumerator(die);
-  if (entry.kind == EntryKind::kVariable) return PlaceOfVariable(file_, program_, die);
-  return PlaceOfCode(file_, die);
+  Place place = entry.kind == EntryKind::kVariable ? PlaceOfVariable(file_, program_, die)
+                                                   : PlaceOfCode(file_, die);
+  if (place.kind == Place::Kind::kAddress) place.value = types_.Layout().Loaded(place.value);
+  return place;
 }
 
 Place LabelChoice::PlaceOfEnumerator(const Dwarf_Die& die) const {

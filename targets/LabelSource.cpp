@@ -14,4 +14,24 @@ bool LabelSource::IsIncomplete(std::string_view /*name*/) {
   return false;
 }
 
+const TypeShape* LabelSource::Shape(TypeNumber /*type*/) {
+  return nullptr;
+}
+
+TypeNumber LabelSource::FindShape(std::string_view /*name*/) {
+  return 0;
+}
+
+std::optional<NearestLabel> LabelSource::LabelAt(std::uint64_t /*address*/) {
+  return std::nullopt;
+}
+
+void LabelSource::VisitLabelNames(const std::function<void(std::string_view)>& visit) {
+  ListLabels([&](const Listing& listing) { visit(listing.name); });
+}
+
+void LabelSource::VisitTypeNames(const std::function<void(std::string_view)>& visit) {
+  ListTypes([&](const Listing& listing) { visit(listing.name); });
+}
+
 }  // namespace targets

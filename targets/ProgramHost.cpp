@@ -19,9 +19,9 @@ namespace {
 constexpr std::string_view kSecondSpaceWord = "ZV_Lorn";
 constexpr std::string_view kKeywordBlank = ":@:";
 
-DataLableType Word(std::uint32_t pointerSize) {
+DataLableType Word(std::uint32_t size, std::uint32_t pointerSize) {
   DataLableType word;
-  word.Size = pointerSize;
+  word.Size = size;
   word.PointerSize = pointerSize;
   return word;
 }
@@ -42,6 +42,23 @@ std::string AddressText(std::uint64_t address, std::uint64_t space) {
   std::string text = Hexadecimal(address);
   if (space != 0) text += " in space " + std::to_string(space);
   return text;
+}
+
+std::string GapText(MemoryGap gap) {
+  switch (gap) {
+    case MemoryGap::kNotSaved:
+      return ": it was not saved";
+    case MemoryGap::kNotAllowed:
+      return ": that is not allowed";
+    case MemoryGap::kNotThere:
+      break;
+  }
+  return "";
+}
+
+Error Unreadable(std::uint64_t address, std::uint8_t space, MemoryGap gap) {
+  return {ErrorCode::kUnreadable,
+          "cannot read memory at " + AddressText(address, space) + GapText(gap)};
 }
 
 std::uint64_t Assemble(const std::array<std::byte, 8>& bytes, std::size_t size, ByteOrder order) {
@@ -66,22 +83,31 @@ void ProgramHost::StartResolution() {
   failure_.reset();
   untyped_.clear();
   accesses_.clear();
+  fetchedAny_ = false;
+  memory_.Refresh();
 }
 
 void ProgramHost::Remember(const Error& error) {
   if (!failure_) failure_ = error;
 }
 
-bool ProgramHost::CheckAddress(std::uint64_t address, std::uint8_t memorySpace) {
+bool ProgramHost::Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t size) {
+  // Whatever is not read, such as what lies past the end of memory, counts as zero: "->" may read a
+  // pointer with more bytes than it has.
+  fetched_ = {address, size, space, {}};
+  fetchedAny_ = false;
   try {
-    std::array<std::byte, 1> byte{};
-    if (memory_.Read(address, memorySpace, byte) == 1) return true;
-    Remember(Error(ErrorCode::kUnreadable,
-                   "cannot read memory at " + AddressText(address, memorySpace)));
+    const MemoryRead read = memory_.Read(address, space, std::span(fetched_.bytes).first(size));
+    fetchedAny_ = read.size != 0;
+    if (!fetchedAny_) Remember(Unreadable(address, space, read.gap));
   } catch (const Error& error) {
     Remember(error);
   }
-  return false;
+  return fetchedAny_;
+}
+
+bool ProgramHost::CheckAddress(std::uint64_t address, std::uint8_t memorySpace) {
+  return Fetch(address, memorySpace, std::clamp(accessSize, 1U, 8U));
 }
 
 std::string ProgramHost::GetFileName() {
@@ -110,7 +136,8 @@ bool ProgramHost::IsTypeName(std::string text) {
 }
 
 DataLableType ProgramHost::GetTypeDescription(std::string typeName, bool* unknown) {
-  if (typeName == kSecondSpaceWord) return Word(labels_.PointerSize());
+  if (typeName == kSecondSpaceWord)
+    return Word(wordSize_.value_or(labels_.PointerSize()), labels_.PointerSize());
   try {
     const auto known = [this](std::string_view base) { return labels_.HasType(base); };
     std::optional<TypeName> name = CanonicalTypeName(typeName, known);
@@ -127,7 +154,7 @@ DataLableType ProgramHost::GetTypeDescription(std::string typeName, bool* unknow
     Remember(error);
   }
   *unknown = true;
-  return Word(labels_.PointerSize());
+  return Word(labels_.PointerSize(), labels_.PointerSize());
 }
 
 std::uint64_t ProgramHost::FindLabel(const char* text, bool* undefined, bool* confirmed) {
@@ -164,19 +191,13 @@ void ProgramHost::ReadMemory(std::uint64_t first, std::uint64_t /*last*/, std::u
                              bool isDouble) {
   const auto space = static_cast<std::uint8_t>(memorySpace);
   const std::uint32_t size = isDouble ? 8 : isFloat ? 4 : std::clamp(accessSize, 1U, 8U);
-  std::array<std::byte, 8> bytes{};
-  try {
-    // Bytes past the end stay zero: "->" may read a pointer with more bytes than it has.
-    if (memory_.Read(first, space, std::span(bytes).first(size)) == 0) {
-      Remember(Error(ErrorCode::kUnreadable, "cannot read memory at " + AddressText(first, space)));
-      return;
-    }
-  } catch (const Error& error) {
-    Remember(error);
-    return;
-  }
+  // The resolver asks whether an object can be read right before it is read: memory is asked once.
+  const bool known =
+      fetchedAny_ && fetched_.address == first && fetched_.space == space && fetched_.size >= size;
+  if (!known && !Fetch(first, space, size)) return;
+  fetchedAny_ = false;
   accesses_.push_back({first, size, space});
-  const std::uint64_t bits = Assemble(bytes, size, labels_.Order());
+  const std::uint64_t bits = Assemble(fetched_.bytes, size, labels_.Order());
   if (!isFloat && !isDouble) {
     *text = Decimal(bits);
     return;

@@ -2,6 +2,8 @@
 """Expressions that have an answer: the values, their details, and the notes beside them."""
 from command import Row, pattern, run_table, value
 
+READING = "note: reading the initial memory of PROGRAM\n"
+
 ROWS = [
     # every basic type
     value("on", "1"),
@@ -74,16 +76,23 @@ ROWS = [
     Row(["@", "x", "nowhere", "n"], stdout="42\n-7\n",
         stderr="resolve: nowhere: Undefined label nowhere\n", status=1),
     # details
-    Row(["-v", "@", "n"], stdout=pattern("-7  4 bytes, signed, at <address>, memory space 0\n")),
+    Row(["-v", "@", "n"], stdout=pattern("-7  4 bytes, signed, at <address>, memory space 0\n"),
+        stderr=READING),
     Row(["-v", "@", "half"],
-        stdout=pattern("0.5  4 bytes, floating, at <address>, memory space 0\n")),
-    Row(["-v", "@", "on"], stdout=pattern("1  1 byte, unsigned, at <address>, memory space 0\n")),
+        stdout=pattern("0.5  4 bytes, floating, at <address>, memory space 0\n"),
+        stderr=READING),
+    Row(["-v", "@", "on"], stdout=pattern("1  1 byte, unsigned, at <address>, memory space 0\n"),
+        stderr=READING),
     Row(["-v", "@", "m[1][1]"],
-        stdout=pattern("11  4 bytes, signed, at <address>, memory space 0\n")),
+        stdout=pattern("11  4 bytes, signed, at <address>, memory space 0\n"),
+        stderr=READING),
     Row(["--verbose", "@", "1 + 2"],
-        stdout="3  8 bytes, unsigned, no address, memory space 0\n"),
-    Row(["-v", "@", "x + 1"], stdout="43  8 bytes, unsigned, no address, memory space 0\n"),
-    Row(["-v", "@", "(char)n"], stdout="-7  1 byte, signed, no address, memory space 0\n"),
+        stdout="3  8 bytes, unsigned, no address, memory space 0\n",
+        stderr=READING),
+    Row(["-v", "@", "x + 1"], stdout="43  8 bytes, unsigned, no address, memory space 0\n",
+        stderr=READING),
+    Row(["-v", "@", "(char)n"], stdout="-7  1 byte, signed, no address, memory space 0\n",
+        stderr=READING),
     # statics of one name
     value("count", "1"),
     value("count", "2", "--file", "list.c"),

@@ -37,6 +37,9 @@ class Evaluator {
   Evaluator(targets::LabelSource& labels, targets::MemorySource& memory, Text text)
       : labels_(labels), host_(labels, memory), text_(text) {}
 
+  /// See `targets::ProgramHost::SetWordSize`.
+  void SetWordSize(std::uint32_t size) { host_.SetWordSize(size); }
+
   Outcome Evaluate(std::string_view expression);
 
  private:

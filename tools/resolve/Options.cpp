@@ -1,9 +1,7 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
-#include <array>
-#include <string_view>
+#include <utility>
 
 namespace tool {
 namespace {
@@ -33,10 +31,6 @@ Examples:
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used.)";
 
-constexpr std::array<std::string_view, 10> kOptionNames = {
-    "-h",     "--help",         "--version", "-v",       "--verbose",
-    "--file", "--debug-folder", "--exact",   "--labels", "--types"};
-
 constexpr std::size_t kOptionColumn = 22;
 
 class HelpText : public CLI::Formatter {
@@ -46,6 +40,45 @@ class HelpText : public CLI::Formatter {
            "\n" + app->get_footer() + "\n";
   }
 };
+
+/// What the library puts into places of its own first.
+struct Given {
+  std::string file;
+};
+
+void AddOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--file", given->file,
+                  "Current source file: it chooses between statics of\n"
+                  "one name, and the dialect; main's unless given")
+      ->type_name("NAME")
+      ->take_last();
+  app->add_option("--debug-folder", options->debugFolder,
+                  "Where debug information lies that is not in the\n"
+                  "program; /usr/lib/debug unless given")
+      ->type_name("DIR")
+      ->take_last();
+  app->add_flag("--exact", options->exact,
+                "Hand each text to the resolver untouched: blanks,\n"
+                "subscripts and character constants stay as they are");
+  app->add_flag("-v,--verbose", options->verbose, "Add size, signedness, address and memory space");
+  auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
+                     ->option_text("[PATTERN]")
+                     ->expected(0, 1);
+  app->add_option("--types", options->pattern, "List the types that can be named")
+      ->option_text("[PATTERN]")
+      ->expected(0, 1)
+      ->excludes(labels);
+}
+
+void DescribeCommand(CLI::App* app) {
+  app->footer(kFooter);
+  app->formatter(std::make_shared<HelpText>());
+  app->get_formatter()->column_width(kOptionColumn);
+  app->set_help_flag("-h,--help", "Print this help and exit");
+  app->set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
+  // From the first word on, nothing is an option.
+  app->prefix_command();
+}
 
 /// Moves the words that are no options into `options`.
 void TakeWords(std::vector<std::string> words, Options* options) {
@@ -78,38 +111,10 @@ void TakeWords(std::vector<std::string> words, Options* options) {
 
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments) {
   Options options;
+  Given given;
   CLI::App app(kDescription);
-  app.footer(kFooter);
-  app.formatter(std::make_shared<HelpText>());
-  app.get_formatter()->column_width(kOptionColumn);
-  app.set_help_flag("-h,--help", "Print this help and exit");
-  app.set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
-  // From the first word on, nothing is an option.
-  app.prefix_command();
-
-  std::string file;
-  auto* fileOption = app.add_option("--file", file,
-                                    "Current source file: it chooses between statics of\n"
-                                    "one name, and the dialect; main's unless given")
-                         ->type_name("NAME")
-                         ->take_last();
-  app.add_option("--debug-folder", options.debugFolder,
-                 "Where debug information lies that is not in the\n"
-                 "program; /usr/lib/debug unless given")
-      ->type_name("DIR")
-      ->take_last();
-  app.add_flag("--exact", options.exact,
-               "Hand each text to the resolver untouched: blanks,\n"
-               "subscripts and character constants stay as they are");
-  app.add_flag("-v,--verbose", options.verbose, "Add size, signedness, address and memory space");
-  auto* labels = app.add_option("--labels", options.pattern, "List the labels that can be named")
-                     ->option_text("[PATTERN]")
-                     ->expected(0, 1);
-  auto* types = app.add_option("--types", options.pattern, "List the types that can be named")
-                    ->option_text("[PATTERN]")
-                    ->expected(0, 1)
-                    ->excludes(labels);
-
+  DescribeCommand(&app);
+  AddOptions(&app, &options, &given);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -119,16 +124,21 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (fileOption->count() > 0) options.file = std::move(file);
-  if (labels->count() > 0) options.task = Options::Task::kListLabels;
-  if (types->count() > 0) options.task = Options::Task::kListTypes;
+  if (app.count("--file") > 0) options.file = std::move(given.file);
+  if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
+  if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
   TakeWords(app.remaining(), &options);
   return options;
 }
 
 bool LooksLikeOption(const std::string& text) {
-  const std::string name = text.substr(0, text.find('='));
-  return std::find(kOptionNames.begin(), kOptionNames.end(), name) != kOptionNames.end();
+  if (!text.starts_with('-')) return false;
+  Options options;
+  Given given;
+  CLI::App app(kDescription);
+  DescribeCommand(&app);
+  AddOptions(&app, &options, &given);
+  return app.get_option_no_throw(text.substr(0, text.find('='))) != nullptr;
 }
 
 }  // namespace tool

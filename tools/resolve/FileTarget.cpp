@@ -1,0 +1,38 @@
+#include "tools/resolve/FileTarget.h"
+
+#include <utility>
+
+namespace tool {
+
+FileTarget::FileTarget(std::string path, std::string debugFolder)
+    : path_(std::move(path)), debugFolder_(std::move(debugFolder)), program_(Open()) {}
+
+std::unique_ptr<targets::ElfProgram> FileTarget::Open() const {
+  auto program = std::make_unique<targets::ElfProgram>(
+      path_, targets::ElfOptions{.debugFolder = debugFolder_});
+  if (file_) program->SetCurrentFile(*file_);
+  return program;
+}
+
+std::string FileTarget::Description() const {
+  return "the initial memory of " + path_;
+}
+
+void FileTarget::SetCurrentFile(const std::string& name) {
+  program_->SetCurrentFile(name);
+  file_ = name;
+}
+
+std::vector<std::string> FileTarget::SourceFiles() const {
+  return program_->SourceFiles();
+}
+
+std::optional<std::string> FileTarget::WhyIncomplete() const {
+  return program_->WhyIncomplete();
+}
+
+void FileTarget::Reload() {
+  program_ = Open();
+}
+
+}  // namespace tool
