@@ -44,6 +44,8 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string notes = "show";
+  bool noNotes = false;
 };
 
 void AddOptions(CLI::App* app, Options* options, Given* given) {
@@ -64,6 +66,15 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   app->add_flag("--explain", options->explain,
                 "Show what was handed to the resolver, what it asked\n"
                 "for, and what it was answered");
+  app->add_flag("--no-notes", given->noNotes,
+                "Do not say where an expression means something else\n"
+                "than in C");
+  app->add_option("--notes", given->notes,
+                  "show, none or error: an expression that meets such a\n"
+                  "difference fails")
+      ->check(CLI::IsMember({"show", "none", "error"}))
+      ->option_text("WHAT")
+      ->take_last();
   app->add_flag("--json", options->json,
                 "Write one JSON object a line; with --explain, the\n"
                 "steps as well");
@@ -131,6 +142,8 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
     throw UsageError(error.what());
   }
   if (app.count("--file") > 0) options.file = std::move(given.file);
+  if (given.notes == "error") options.notes = Options::Notes::kError;
+  if (given.notes == "none" || given.noNotes) options.notes = Options::Notes::kNone;
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
   TakeWords(app.remaining(), &options);

@@ -20,8 +20,10 @@ struct Options {
   std::string debugFolder = "/usr/lib/debug";
   bool exact = false;
   bool verbose = false;
-  bool explain = false;  ///< show each step of a resolution
-  bool json = false;     ///< one JSON object a line
+  enum class Notes { kNone, kShow, kError };
+  Notes notes = Notes::kShow;  ///< what to do about notes on an expression
+  bool explain = false;        ///< show each step of a resolution
+  bool json = false;           ///< one JSON object a line
 };
 
 /// Text that the command line asks for instead: the help, the version.

@@ -24,6 +24,10 @@ Session::Session(Target& target, const Options& options, Output* output)
     : target_(target),
       evaluator_(target.Labels(), target.Memory(),
                  options.exact ? Evaluator::Text::kExact : Evaluator::Text::kC),
+      notes_(target.Labels(), target.Memory(),
+             target.IsLive() ? NoteFinder::Reading::kAlreadyRead : NoteFinder::Reading::kFree),
+      wantedNotes_(options.notes),
+      exact_(options.exact),
       verbose_(options.verbose),
       explain_(options.explain),
       json_(options.json),
@@ -50,18 +54,22 @@ void Session::RunStandardInput() {
 }
 
 void Session::RunOne(const std::string& expression) {
-  const Outcome outcome = evaluator_.Evaluate(expression);
-  std::vector<NamedNote> notes;
-  if (const auto* answer = std::get_if<Answer>(&outcome)) {
-    for (const std::string& note : answer->notes) notes.push_back({"value", note});
+  Outcome outcome = evaluator_.Evaluate(expression);
+  const std::vector<NamedNote> notes = NotesOn(expression, outcome);
+  if (wantedNotes_ == Options::Notes::kError && !notes.empty() &&
+      std::holds_alternative<Answer>(outcome)) {
+    outcome = Failure{notes.front().text};
   }
-  if (json_) return WriteJson(outcome, std::move(notes));
+  if (json_) return WriteJson(outcome, notes);
   if (explain_) WriteExplanation(outcome);
   if (const auto* failure = std::get_if<Failure>(&outcome)) {
     status_ = kNotResolved;
     std::string sentence = failure->message;
     if (LooksLikeOption(expression)) sentence += " (options stand before the program)";
     ComplainOf(expression, sentence);
+    for (const NamedNote& note : notes) {
+      if (note.text != failure->message) NoteOn(expression, note.text);
+    }
     ExplainOnce(failure->message);
     return;
   }
@@ -71,6 +79,17 @@ void Session::RunOne(const std::string& expression) {
   // Whoever writes the expressions may wait for each answer.
   output_->Flush();
   for (const NamedNote& note : notes) NoteOn(expression, note.text);
+}
+
+std::vector<NamedNote> Session::NotesOn(const std::string& expression, const Outcome& outcome) {
+  if (wantedNotes_ == Options::Notes::kNone) return {};
+  // The differences are those of a text that is prepared.
+  std::vector<NamedNote> notes;
+  if (!exact_) notes = notes_.Find(expression, outcome, evaluator_.Log());
+  if (const auto* answer = std::get_if<Answer>(&outcome)) {
+    for (const std::string& note : answer->notes) notes.push_back({"value", note});
+  }
+  return notes;
 }
 
 void Session::WriteJson(const Outcome& outcome, std::vector<NamedNote> notes) {

@@ -7,6 +7,7 @@
 #include "tools/resolve/Command.h"
 #include "tools/resolve/Evaluator.h"
 #include "tools/resolve/NamedNote.h"
+#include "tools/resolve/Notes.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
 #include "tools/resolve/Target.h"
@@ -28,10 +29,14 @@ class Session {
   void RunOne(const std::string& expression);
   void WriteJson(const Outcome& outcome, std::vector<NamedNote> notes);
   void WriteExplanation(const Outcome& outcome);
+  std::vector<NamedNote> NotesOn(const std::string& expression, const Outcome& outcome);
   void ExplainOnce(const std::string& message);
 
   Target& target_;
   Evaluator evaluator_;
+  NoteFinder notes_;
+  Options::Notes wantedNotes_;
+  bool exact_;
   bool explained_ = false;
   bool verbose_;
   bool explain_;
