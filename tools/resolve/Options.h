@@ -1,25 +1,32 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "tools/resolve/Format.h"
+
 namespace tool {
 
 /// What the command line asks for.
 struct Options {
-  enum class Task { kEvaluate, kListLabels, kListTypes };
+  enum class Task { kEvaluate, kListLabels, kListTypes, kLayout };
   Task task = Task::kEvaluate;
   std::string program;
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
+  std::string type;                      ///< of `kLayout`
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
   bool exact = false;
   bool verbose = false;
+  bool plain = false;
+  Format format = Format::kNatural;
+  std::optional<std::uint64_t> count;  ///< at least 1
 };
 
 /// Text that the command line asks for instead: the help, the version.

@@ -6,7 +6,9 @@
 #include <string_view>
 #include <variant>
 
+#include "targets/Error.h"
 #include "tools/resolve/Complaint.h"
+#include "tools/resolve/Display.h"
 #include "tools/resolve/ExpressionText.h"
 #include "tools/resolve/LineReader.h"
 
@@ -22,7 +24,10 @@ Session::Session(Target& target, const Options& options, Output* output)
       evaluator_(target.Labels(), target.Memory(),
                  options.exact ? Evaluator::Text::kExact : Evaluator::Text::kC),
       verbose_(options.verbose),
+      format_(options.format),
+      count_(options.count),
       output_(output) {
+  if (options.plain) evaluator_.AskForNumbers();
   if (const auto size = target.WordSize()) evaluator_.SetWordSize(*size);
 }
 
@@ -45,21 +50,44 @@ void Session::RunStandardInput() {
 }
 
 void Session::RunOne(const std::string& expression) {
-  const Outcome outcome = evaluator_.Evaluate(expression);
+  Outcome outcome = evaluator_.Evaluate(expression);
   if (const auto* failure = std::get_if<Failure>(&outcome)) {
-    status_ = kNotResolved;
-    std::string sentence = failure->message;
-    if (LooksLikeOption(expression)) sentence += " (options stand before the program)";
-    ComplainOf(expression, sentence);
-    ExplainOnce(failure->message);
+    Fail(expression, failure->message);
     return;
   }
-  const auto& answer = std::get<Answer>(outcome);
-  output_->WriteLine(verbose_ ? FormatValue(answer) + "  " + FormatDetails(answer)
-                              : FormatValue(answer));
+  auto& answer = std::get<Answer>(outcome);
+  std::string line;
+  try {
+    line = LineOf(&answer);
+  } catch (const targets::Error& error) {
+    Fail(expression, error.what());
+    return;
+  }
+  output_->WriteLine(verbose_ ? line + "  " + FormatDetails(answer) : line);
   // Whoever writes the expressions may wait for each answer.
   output_->Flush();
   for (const std::string& note : answer.notes) NoteOn(expression, note);
+}
+
+std::string Session::LineOf(Answer* answer) {
+  if (!answer->denoted) return FormatValue(*answer);
+  Denoted& denoted = *answer->denoted;
+  if (count_) {
+    denoted = WithCount(denoted, *count_, target_.Labels(), target_.Memory());
+    answer->isNumber = false;
+    answer->size = denoted.made.size;
+    answer->typeName = denoted.made.name;
+    answer->address = denoted.address;
+  }
+  return Display(denoted, target_.Labels(), target_.Memory(), DisplayLimits(), format_);
+}
+
+void Session::Fail(const std::string& expression, const std::string& message) {
+  status_ = kNotResolved;
+  std::string sentence = message;
+  if (LooksLikeOption(expression)) sentence += " (options stand before the program)";
+  ComplainOf(expression, sentence);
+  ExplainOnce(message);
 }
 
 /// A label whose type could not be read fails like one that has no such member. The reason is worth

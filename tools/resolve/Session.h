@@ -1,6 +1,8 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_SESSION_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_SESSION_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,12 +27,17 @@ class Session {
  private:
   void RunStandardInput();
   void RunOne(const std::string& expression);
+  void Fail(const std::string& expression, const std::string& message);
+  /// The answer's line. Throws `targets::Error`.
+  std::string LineOf(Answer* answer);
   void ExplainOnce(const std::string& message);
 
   Target& target_;
   Evaluator evaluator_;
   bool explained_ = false;
   bool verbose_;
+  Format format_;
+  std::optional<std::uint64_t> count_;
   Output* output_;
   Status status_ = kAllResolved;
 };
