@@ -25,6 +25,7 @@ std::string FormatValue(const Answer& answer) {
 
 std::string FormatDetails(const Answer& answer) {
   std::string details = FormatBytes(answer.size);
+  if (answer.bits != 0) details = ToText(answer.bits) + (answer.bits == 1 ? " bit" : " bits");
   if (!answer.isNumber) {
     details += ", " + Printable(answer.typeName);
   } else {

@@ -22,6 +22,7 @@ struct Answer {
   bool negative = false;        ///< when not `floating`
   std::uint64_t magnitude = 0;  ///< when not `floating`: of a negative value as well
   std::uint64_t size = 8;       ///< in bytes, also of what is no number
+  std::uint32_t bits = 0;       ///< of a bit-field that is denoted; 0: it is none
   bool isSigned = false;        ///< type of the value; never set when `floating`
   /// Run-time address that the value was read from; empty when it was computed.
   std::optional<std::uint64_t> address;
@@ -37,7 +38,8 @@ struct Answer {
 std::string FormatValue(const Answer& answer);
 
 /// Size, signedness, address and memory space: `4 bytes, signed, at 0x404010, memory space 0`. What
-/// is no number has its type in place of the signedness: `20 bytes, int [5], at 0x404060, ...`.
+/// is no number has its type in place of the signedness: `20 bytes, int [5], at 0x404060, ...`. A
+/// bit-field has its size in bits.
 std::string FormatDetails(const Answer& answer);
 
 /// `0x` and lower-case digits without leading zeros.

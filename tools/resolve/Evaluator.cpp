@@ -69,6 +69,11 @@ class Resolution {
       return Failure{ResolverSentence() + (untyped.empty() ? "" : "; " + untyped)};
     }
     Answer answer = whole_ ? WholeAnswer(typed) : MakeAnswer();
+    if (typed.isBitField) {
+      const targets::TypeShape& shape = ShapeOf(*typed.denoted, labels_);
+      answer.bits = shape.bits;
+      answer.isSigned = shape.isSigned;
+    }
     answer.denoted = std::move(typed.denoted);
     // The bits of a bit-field are shown as what they are, but for those that are operands.
     const std::string own = typed.isBitField ? MemberNames(text_).back() : "";
