@@ -30,7 +30,9 @@ class NoteFinder {
       : labels_(labels),
         memory_(memory),
         reading_(reading),
-        evaluator_(labels, memory, Evaluator::Text::kC) {}
+        evaluator_(labels, memory, Evaluator::Text::kC) {
+    evaluator_.AskForNumbers();
+  }
 
   /// The notes on an expression, a C text that was prepared for the resolver, with its outcome and
   /// the log of its resolution.

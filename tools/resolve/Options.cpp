@@ -1,6 +1,7 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <utility>
 
 namespace tool {
@@ -12,7 +13,8 @@ constexpr const char* kDescription =
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve --labels [PATTERN] PROGRAM
-       resolve --types [PATTERN] PROGRAM)";
+       resolve --types [PATTERN] PROGRAM
+       resolve --layout TYPE PROGRAM)";
 
 constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
@@ -23,6 +25,8 @@ names: "*" stands for any text, "?" for one character; quote it for the shell.
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
   resolve -v prog 'a[i]' '(int)x + 1'    size, sign and address as well
+  resolve prog 'arr[1]' 'head'           a structure, a pointer with its label
+  resolve --count 4 --format x prog p    four elements behind a pointer
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
@@ -32,6 +36,27 @@ Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used.)";
 
 constexpr std::size_t kOptionColumn = 22;
+
+/// The formats in lines that fit beside the options.
+std::string FormatHelp() {
+  constexpr std::size_t kWidth = 48;
+  std::string help;
+  std::string line = "Write values as:";
+  std::string names = FormatNames() + ",";
+  while (!names.empty()) {
+    const std::size_t end = names.find(',') + 1;
+    const std::string name = names.substr(0, end);
+    names.erase(0, std::min(end + 1, names.size()));
+    if (line.size() + 1 + name.size() > kWidth) {
+      help += line + "\n";
+      line = name;
+    } else {
+      line += " " + name;
+    }
+  }
+  line.pop_back();
+  return help + line;
+}
 
 class HelpText : public CLI::Formatter {
  public:
@@ -46,6 +71,8 @@ struct Given {
   std::string file;
   std::string notes = "show";
   bool noNotes = false;
+  std::string format;
+  std::uint64_t count = 0;
 };
 
 void AddOptions(CLI::App* app, Options* options, Given* given) {
@@ -78,6 +105,19 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   app->add_flag("--json", options->json,
                 "Write one JSON object a line; with --explain, the\n"
                 "steps as well");
+  auto* plain = app->add_flag("--plain", options->plain,
+                              "Print numbers only, whatever the type; what has no\n"
+                              "number is an error then");
+  app->add_option("--format", given->format, FormatHelp())
+      ->type_name("F")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--count", given->count,
+                  "See a pointer, an array or an object as so many\n"
+                  "elements")
+      ->type_name("N")
+      ->take_last()
+      ->excludes(plain);
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);
@@ -85,6 +125,31 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->option_text("[PATTERN]")
       ->expected(0, 1)
       ->excludes(labels);
+  app->add_option("--layout", options->type, "Show offsets, sizes and holes of a type")
+      ->type_name("TYPE")
+      ->take_last()
+      ->excludes(labels);
+}
+
+/// Takes over what the library could not check.
+void TakeGiven(const CLI::App& app, Given given, Options* options) {
+  if (app.count("--file") > 0) options->file = std::move(given.file);
+  if (app.count("--format") > 0) {
+    const std::optional<Format> format = FormatNamed(given.format);
+    if (!format) {
+      throw UsageError("there is no format " + given.format + "; there are " + FormatNames());
+    }
+    options->format = *format;
+  }
+  if (app.count("--count") > 0) {
+    if (given.count == 0) throw UsageError("--count: at least 1 element is to be shown");
+    options->count = given.count;
+  }
+  if (given.notes == "error") options->notes = Options::Notes::kError;
+  if (given.notes == "none" || given.noNotes) options->notes = Options::Notes::kNone;
+  if (app.count("--labels") > 0) options->task = Options::Task::kListLabels;
+  if (app.count("--types") > 0) options->task = Options::Task::kListTypes;
+  if (app.count("--layout") > 0) options->task = Options::Task::kLayout;
 }
 
 void DescribeCommand(CLI::App* app) {
@@ -119,7 +184,9 @@ void TakeWords(std::vector<std::string> words, Options* options) {
   options->expressions.assign(std::make_move_iterator(words.begin() + 1),
                               std::make_move_iterator(words.end()));
   if (lists && !options->expressions.empty()) {
-    throw UsageError("a listing takes no expressions; its pattern stands before the program");
+    throw UsageError(options->task == Options::Task::kLayout
+                         ? "a layout takes no expressions"
+                         : "a listing takes no expressions; its pattern stands before the program");
   }
   if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
 }
@@ -141,11 +208,7 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (app.count("--file") > 0) options.file = std::move(given.file);
-  if (given.notes == "error") options.notes = Options::Notes::kError;
-  if (given.notes == "none" || given.noNotes) options.notes = Options::Notes::kNone;
-  if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
-  if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  TakeGiven(app, std::move(given), &options);
   TakeWords(app.remaining(), &options);
   return options;
 }

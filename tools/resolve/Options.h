@@ -1,21 +1,25 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "tools/resolve/Format.h"
+
 namespace tool {
 
 /// What the command line asks for.
 struct Options {
-  enum class Task { kEvaluate, kListLabels, kListTypes };
+  enum class Task { kEvaluate, kListLabels, kListTypes, kLayout };
   Task task = Task::kEvaluate;
   std::string program;
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
+  std::string type;                      ///< of `kLayout`
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
   bool exact = false;
@@ -24,6 +28,9 @@ struct Options {
   Notes notes = Notes::kShow;  ///< what to do about notes on an expression
   bool explain = false;        ///< show each step of a resolution
   bool json = false;           ///< one JSON object a line
+  bool plain = false;
+  Format format = Format::kNatural;
+  std::optional<std::uint64_t> count;  ///< at least 1
 };
 
 /// Text that the command line asks for instead: the help, the version.

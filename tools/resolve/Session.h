@@ -1,6 +1,8 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_SESSION_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_SESSION_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,9 +29,12 @@ class Session {
  private:
   void RunStandardInput();
   void RunOne(const std::string& expression);
-  void WriteJson(const Outcome& outcome, std::vector<NamedNote> notes);
-  void WriteExplanation(const Outcome& outcome);
+  void Fail(const std::string& expression, const std::string& message);
+  /// The answer's line. Throws `targets::Error`.
+  std::string LineOf(Answer* answer);
   std::vector<NamedNote> NotesOn(const std::string& expression, const Outcome& outcome);
+  void WriteJson(const Outcome& outcome, const std::string& line, std::vector<NamedNote> notes);
+  void WriteExplanation(const Outcome& outcome);
   void ExplainOnce(const std::string& message);
 
   Target& target_;
@@ -41,6 +46,8 @@ class Session {
   bool verbose_;
   bool explain_;
   bool json_;
+  Format format_;
+  std::optional<std::uint64_t> count_;
   Output* output_;
   Status status_ = kAllResolved;
 };
