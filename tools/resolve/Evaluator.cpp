@@ -81,13 +81,14 @@ class Resolution {
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
       if (remark.kind == targets::MemberRemark::Kind::kBitField && remark.member != own &&
           Concerns(remark)) {
-        AddNote(BitFieldNote(remark), &answer);
+        AddNote({kBitFieldNote, BitFieldNote(remark)}, &answer);
       }
     }
     if (!whole_ && !typed.isBitField && resolver_.ObjectType().ExtraFlag && answer.notes.empty()) {
-      AddNote("the value is the whole unit that holds the bits of a bit-field", &answer);
+      AddNote({kBitFieldNote, "the value is the whole unit that holds the bits of a bit-field"},
+              &answer);
     }
-    if (!untyped.empty()) AddNote(untyped, &answer);
+    if (!untyped.empty()) AddNote({kUntypedNote, untyped}, &answer);
     return answer;
   }
 
@@ -249,11 +250,11 @@ class Resolution {
            remark.declaration + "); its value is the whole unit that holds the bits";
   }
 
-  static void AddNote(std::string note, Answer* answer) {
+  static void AddNote(NamedNote note, Answer* answer) {
     auto& notes = answer->notes;
-    if (std::find(notes.begin(), notes.end(), note) == notes.end()) {
-      notes.push_back(std::move(note));
-    }
+    const bool there = std::any_of(notes.begin(), notes.end(),
+                                   [&](const NamedNote& other) { return other.text == note.text; });
+    if (!there) notes.push_back(std::move(note));
   }
 
   targets::LabelSource& labels_;
