@@ -113,8 +113,8 @@ ROWS = [
         stderr="note: flags.level: member level of struct flags is a bit-field "
                "(unsigned int : 3); its value is the whole unit that holds the bits\n"),
     Row(["@", "flags.ready + flags.plain * 0"], stdout=pattern("<number>\n"),
-        stderr="note: flags.ready + flags.plain * 0: member ready of struct flags is a bit-field "
-               "(unsigned int : 1); its value is the whole unit that holds the bits\n"),
+        stderr="note: flags.ready + flags.plain * 0: as an operand a bit-field is the whole unit that "
+               "holds its bits; in C it is 1: write `(flags.ready&1) + flags.plain * 0`\n"),
     Row(["--plain", "@", "launch.month"], stdout=pattern("<number>\n"),
         stderr="note: launch.month: member month of date_t is a bit-field (unsigned int : 4); "
                "its value is the whole unit that holds the bits\n"),
