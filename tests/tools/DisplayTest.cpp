@@ -286,7 +286,7 @@ TEST(Display, Text) {
             R"("\03312")"},
            {12, "0123456789\0\0"s, R"("01234567"... (2 more))"},
            {8, "owl", R"("owl"... <cannot read memory at 0x1003>)"},
-           {8, "ow\0l"s, R"("ow\000l" (no zero at its end) <cannot read memory at 0x1004>)"},
+           {8, "ow\0l"s, R"("ow\000l" <cannot read memory at 0x1004>)"},
        }) {
     FakeBytes memory;
     memory.PutText(kHere, row.bytes);
@@ -327,7 +327,9 @@ TEST(Display, ValuesWithoutAnAddress) {
   FakeShapes shapes(ByteOrder::kBig);
   FakeBytes memory;
   Denoted denoted;
-  denoted.made = {.kind = Kind::kInteger, .size = 2, .isSigned = true};
+  denoted.made.kind = Kind::kInteger;
+  denoted.made.size = 2;
+  denoted.made.isSigned = true;
   denoted.bytes = tool::BytesOf(0xFFFE, 2, ByteOrder::kBig);
   EXPECT_EQ(Display(denoted, shapes, memory, {}), "-2");
 }

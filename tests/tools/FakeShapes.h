@@ -45,7 +45,8 @@ class FakeShapes final : public targets::LabelSource {
     return Add({.kind = Kind::kPointer, .name = "*", .size = pointerSize_, .target = target});
   }
   targets::TypeNumber Array(targets::TypeNumber element, std::optional<std::uint64_t> count) {
-    const std::uint64_t size = Shape(element)->size * count.value_or(0);
+    const targets::TypeShape* const shape = Shape(element);
+    const std::uint64_t size = shape == nullptr ? 0 : shape->size * count.value_or(0);
     return Add(
         {.kind = Kind::kArray, .name = "[]", .size = size, .target = element, .count = count});
   }

@@ -86,7 +86,7 @@ ROWS = [
     shown("(arr[1])", "{x = 2, y = -2}"),
     shown("*arr", "{x = 1, y = -1}"),
     shown("ptrs", "{<address> <arr+16>, <address> <arr+8>, <address> <arr>}"),
-    shown("zeros", "{0 <repeats 200 times>, ... 100 more}"),
+    shown("zeros", "{0 <repeats 299 times>, 1}"),
     shown("bytes", "{1, 2, 65, 255}"),
     error("*vault", "is a struct sealed at <address>, which has no members here"),
     error("*(struct pair*)astray", "cannot read memory at 0x10"),
