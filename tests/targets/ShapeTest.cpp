@@ -219,7 +219,7 @@ TEST(Shape, ByName) {
 }
 
 TEST(LabelAt, NamesWhatAnAddressLiesIn) {
-  for (const std::uint64_t bias : {0x0, 0x555555550000}) {
+  for (const std::uint64_t bias : {std::uint64_t{0}, std::uint64_t{0x555555550000}}) {
     ElfProgram program(FixturePath("values-x64-pie"), ElfOptions{.loadBias = bias});
     const std::uint64_t array = program.FindLabel("a")->value;
     const auto at = [&](std::uint64_t address) -> std::string {
