@@ -6,21 +6,21 @@ SIGN = ("a numeral has 8 bytes and no sign, and so has a result computed with it
         "write `(int)(n+1)`")
 
 ROWS = [
-    Row(["@", "n+1"], stdout="18446744073709551610\n", stderr=f"note: n+1: {SIGN}\n"),
-    Row(["--notes=show", "@", "n+1"], stdout="18446744073709551610\n",
+    Row(["--plain", "@", "n+1"], stdout="18446744073709551610\n", stderr=f"note: n+1: {SIGN}\n"),
+    Row(["--plain", "--notes=show", "@", "n+1"], stdout="18446744073709551610\n",
         stderr=f"note: n+1: {SIGN}\n"),
     value("n+1", "18446744073709551610", "--no-notes"),
     value("n+1", "18446744073709551610", "--notes", "none"),
     Row(["--notes=error", "@", "n+1", "x"], stdout="42\n", stderr=f"resolve: n+1: {SIGN}\n", status=1),
     Row(["--notes=other", "@", "x"], stderr=pattern("resolve: --notes: <rest>\n"), status=2),
     # the suggestion is the whole expression, with its other parts as they were
-    Row(["--plain", "@", "x  *  2 + start[1]"], stdout=pattern("<number>\n"),
-        stderr="note: x  *  2 + start[1]: a subscript on a pointer steps by, and reads, the size of "
-               "the pointer; in C it is 181: write `x  *  2 + *(start+1)`\n"),
+    Row(["--plain", "@", "start[1] + x  *  2"], stdout=pattern("<number>\n"),
+        stderr="note: start[1] + x  *  2: a subscript on a pointer steps by, and reads, the size of "
+               "the pointer; in C it is 181: write `*(start+1) + x  *  2`\n"),
     # two differences, one text
-    Row(["--plain", "@", "(a[1] > 30 + n) + start[1] * (n + 1) / 2"], stdout=pattern("<number>\n"),
-        stderr=pattern("note: <rest>: a subscript on a pointer <rest>\n"
-                       "note: <rest>: a numeral has 8 bytes <rest>\n")),
+    Row(["--plain", "@", "(start[1] > 30 + n) * (n + 1) / 2"], stdout=pattern("<number>\n"),
+        stderr=pattern("note: <rest>: a numeral has 8 bytes <rest>\n"
+                       "note: <rest>: a subscript on a pointer <rest>\n")),
     # a name that is not there is what is wrong, whatever else there is
     error("n + nowhere", "Undefined label nowhere"),
     error("++nowhere", "Undefined label nowhere"),
@@ -29,7 +29,7 @@ ROWS = [
     value("n+1", "18446744073709551610", "--exact"),
     # no difference in the answer
     value("x+1", "43"), value("n*n", "49"), value("-n", "7"), value("!n", "0"), value("n<0", "1"),
-    value("x/5%3", "2"), value("-(x-2)+x", "2"), value("none==0||n", "1"), value("flags.level", "5"),
+    value("x/5%3", "2"), value("-(x-2)+x", "2"), value("none==0||n", "1"), Row(["@", "flags.level"], stdout="5\n"),
     value("flags.level&&1", "1"), value("a[1]*2", "40"), value("(x+1)*2", "86"),
     value("half*2.0", "1"), value("sizeof(int)", "4"), value("(char)x+1", "43"),
 ]

@@ -31,7 +31,7 @@ class CRewriting {
   /// The new text: the expression itself where nothing had to change.
   std::string Rewrite(const CNode& root);
 
-  /// What `Rewrite` met, each once, in the order of the text.
+  /// What `Rewrite` met, each once, outer ones first.
   [[nodiscard]] const std::vector<Difference>& Met() const { return met_; }
 
  private:
