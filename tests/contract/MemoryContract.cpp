@@ -111,7 +111,7 @@ class Check {
     const std::size_t all = known_.bytes.size();
     for (std::size_t before = 0; before <= std::min<std::size_t>(all, 8); ++before) {
       const std::uint64_t address = known_.address + all - before;
-      for (const std::size_t beyond : {1, 7, 4096}) {
+      for (const std::size_t beyond : {1U, 7U, 4096U}) {
         const Seen seen = Read(address, before + beyond);
         if (seen.read.size != before) {
           Complain(address, before + beyond,
@@ -125,7 +125,7 @@ class Check {
   }
 
   void Gap(const KnownGap& known) {
-    for (const std::size_t size : {1, 8, 5000}) {
+    for (const std::size_t size : {1U, 8U, 5000U}) {
       const Seen seen = Read(known.address, size);
       if (seen.read.size != 0) {
         Complain(known.address, size, "something is read where nothing can be");
@@ -137,7 +137,7 @@ class Check {
 
   void TopOfMemory() {
     constexpr std::uint64_t kTop = std::numeric_limits<std::uint64_t>::max();
-    for (const std::uint64_t left : {1, 4, 16}) {
+    for (const std::uint64_t left : {1U, 4U, 16U}) {
       const std::uint64_t address = kTop - (left - 1);
       const Seen seen = Read(address, 32);
       if (seen.read.size > left) Complain(address, 32, "the read wraps around");
