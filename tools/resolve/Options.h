@@ -13,11 +13,12 @@ namespace tool {
 struct Options {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
-  std::string program;
+  std::string program;                   ///< empty where the core dump is to name it
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
+  std::optional<std::string> core;  ///< the core dump to take memory from
   bool exact = false;
   bool verbose = false;
 };

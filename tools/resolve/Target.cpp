@@ -1,12 +1,29 @@
 #include "tools/resolve/Target.h"
 
+#include <optional>
+#include <string>
+
+#include "tools/resolve/CoreTarget.h"
 #include "tools/resolve/FileTarget.h"
 
 namespace tool {
 
+namespace {
+
+std::unique_ptr<Target> Open(const Options& options) {
+  if (options.core) {
+    return std::make_unique<CoreTarget>(
+        *options.core,
+        options.program.empty() ? std::nullopt : std::optional<std::string>(options.program),
+        options.debugFolder);
+  }
+  return std::make_unique<FileTarget>(options.program, options.debugFolder);
+}
+
+}  // namespace
+
 std::unique_ptr<Target> OpenTarget(const Options& options) {
-  std::unique_ptr<Target> target =
-      std::make_unique<FileTarget>(options.program, options.debugFolder);
+  std::unique_ptr<Target> target = Open(options);
   if (options.file) target->SetCurrentFile(*options.file);
   return target;
 }
