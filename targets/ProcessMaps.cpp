@@ -106,8 +106,10 @@ std::string OpenablePath(const Process& process, const std::string& name, const 
                             : found.st_ino == inode;
     if (same) return candidate;
   }
+  if (known) return link;
   // Some file systems show other inode numbers here than there. The build-id has the last word.
-  return known ? link : below;
+  struct stat found {};
+  return stat(below.c_str(), &found) == 0 ? below : name;
 }
 
 }  // namespace
