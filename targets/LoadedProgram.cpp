@@ -84,8 +84,10 @@ ElfProgram* LoadedProgram::Open(std::size_t index) {
       const std::vector<std::byte> buildId = BuildIdOfFile(file.path);
       if (buildId != file.buildId) {
         throw Error(ErrorCode::kFileUnusable,
-                    "it is not the one that was loaded: its build-id is " + BuildIdText(buildId) +
-                        ", not " + BuildIdText(file.buildId));
+                    "it is not the file that was loaded: " +
+                        (buildId.empty() ? "it has no build-id"
+                                         : "its build-id is " + BuildIdText(buildId) + ", not " +
+                                               BuildIdText(file.buildId)));
       }
     }
     auto program = std::make_unique<ElfProgram>(file.path, OptionsOf(index));
@@ -204,11 +206,8 @@ std::optional<Label> LoadedProgram::FindElsewhere(std::string_view name,
       }
       return label;
     } catch (const Error& error) {
-      if (error.Code() == ErrorCode::kAmbiguous || error.Code() == ErrorCode::kNotRepresented) {
-        throw;
-      }
-      // Most systems keep the debug information of their libraries in packages of its own, so that
-      // it is not there is no reason to doubt that a name is unknown.
+      // Another library may have the one that is meant. Most systems keep the debug information of
+      // their libraries in packages of its own: that it is not there does not make a name doubtful.
       const bool worthIt = i == 0 || error.Code() != ErrorCode::kFileUnusable;
       if (!failure && worthIt) failure = error;
     }

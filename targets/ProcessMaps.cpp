@@ -1,20 +1,25 @@
 #include "targets/ProcessMaps.h"
 
+#include <elf.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <climits>
 #include <tuple>
 #include <utility>
 
 #include "targets/Error.h"
+#include "targets/LinkMap.h"
 
 namespace targets {
 namespace {
 
+constexpr ByteOrder kOwnOrder =
+    std::endian::native == std::endian::big ? ByteOrder::kBig : ByteOrder::kLittle;
 constexpr std::string_view kLineFeed = "\\012";
 
 /// Takes one line of the text apart, from the left.
@@ -82,6 +87,14 @@ std::string WithoutLineFeeds(std::string name) {
 std::string Hexadecimal(std::uint64_t number) {
   std::array<char, 16> digits{};
   return {digits.data(), std::to_chars(digits.data(), digits.data() + 16, number, 16).ptr};
+}
+
+/// Of the program whose headers lie at `program.start`; that of this command when they do not.
+std::uint32_t PointerSize(const LoadedFile& program, MemorySource& memory) {
+  std::array<std::byte, EI_NIDENT> identification{};
+  const MemoryRead read = memory.Read(program.start, 0, identification);
+  if (read.size < identification.size()) return sizeof(void*);
+  return std::to_integer<int>(identification[EI_CLASS]) == ELFCLASS64 ? 8 : 4;
 }
 
 /// Where a symbolic link leads; empty when that cannot be told.
@@ -180,6 +193,8 @@ ProcessFiles FindProcessFiles(Process& process, MemorySource& memory) {
       files.libraries.push_back(std::move(file));
     }
   }
+  OrderAsLinked(files.program, PointerSize(files.program, memory), kOwnOrder, memory,
+                &files.libraries);
   // A program whose headers are not part of its memory cannot have been moved either.
   if (files.program.path.empty()) files.program.path = OpenablePath(process, programName, exe, 0);
   return files;

@@ -17,10 +17,12 @@ struct Options {
   std::string program;                   ///< with `process`: empty, unless chosen
   std::optional<std::int64_t> process;   ///< number of a running process
   bool stop = false;                     ///< hold the process
+  std::string program;                   ///< empty where the core dump is to name it
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
+  std::optional<std::string> core;  ///< the core dump to take memory from
   bool exact = false;
   bool verbose = false;
 };
