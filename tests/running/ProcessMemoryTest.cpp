@@ -15,6 +15,7 @@
 #include <string>
 #include <vector>
 
+#include "contract/MemoryContract.h"
 #include "targets/Error.h"
 
 namespace targets {
@@ -99,6 +100,26 @@ TEST(ProcessMemory, SaysWhyAByteCannotBeRead) {
     const MemoryRead read = memory.Read(row.address, 0, bytes);
     EXPECT_EQ(read.size, 0U) << row.address;
     EXPECT_EQ(read.gap, row.gap) << std::hex << row.address;
+  }
+}
+
+TEST(ProcessMemory, KeepsTheContract) {
+  const Pages pages(2);
+  Process process(getpid());
+  ProcessMemory memory(process);
+  contract::KnownMemory known;
+  const std::uint64_t end = pages.Address() + 2 * kPage;
+  known.address = end - kPage - 100;
+  for (std::size_t i = kPage - 100; i < 2 * kPage; ++i) {
+    known.bytes.push_back(std::byte{Pages::Byte(i)});
+  }
+  known.end = MemoryGap::kNotAllowed;
+  known.gaps = {{0, MemoryGap::kNotThere},
+                {end, MemoryGap::kNotAllowed},
+                {end + kPage, MemoryGap::kNotThere},
+                {kLast, MemoryGap::kNotThere}};
+  for (const std::string& broken : contract::CheckMemorySource(memory, known)) {
+    ADD_FAILURE() << broken;
   }
 }
 

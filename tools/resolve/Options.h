@@ -14,10 +14,10 @@ namespace tool {
 struct Options {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
-  std::string program;                   ///< with `process`: empty, unless chosen
-  std::optional<std::int64_t> process;   ///< number of a running process
-  bool stop = false;                     ///< hold the process
-  std::string program;                   ///< empty where the core dump is to name it
+  std::optional<std::int64_t> process;  ///< number of a running process
+  bool stop = false;                    ///< hold the process
+  /// Empty where the core dump or the process is to name it.
+  std::string program;
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
