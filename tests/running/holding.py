@@ -112,6 +112,22 @@ def ended_by_signals(command, folder):
             expect(value(command, child.pid, "last_signal"), str(int(signal.SIGUSR1)))
 
 
+def signals_arrive(command, folder):
+    """Signals that come at any moment arrive, each of them."""
+    with running(folder / "running", "count") as child:
+        sent = 0
+        for _ in range(30):
+            with Dialogue(command, "--pid", child.pid, "--stop") as dialogue:
+                # Before, while and after the threads are being held. Signals of this kind queue up.
+                dialogue.send("number")
+                for _ in range(20):
+                    os.kill(child.pid, signal.SIGRTMIN + 1)
+                    sent += 1
+                expect(dialogue.end(), ("-7\n", "", 0))
+        wait_until(lambda: value(command, child.pid, "signals_seen") == str(sent),
+                   "signals do not arrive")
+
+
 def ended_while_writing(command, folder):
     """A command whose output nobody reads can be ended as well."""
     with running(folder / "running", "count") as child:
@@ -223,6 +239,6 @@ def many_answers(command, folder):
 
 
 run_checks((held, held_32_bit, held_until_the_end, threads_come_and_go, first_thread_left,
-            ended_by_signals, ended_while_writing, ended_while_stopping, ignored_signal,
+            ended_by_signals, signals_arrive, ended_while_writing, ended_while_stopping, ignored_signal,
             stopped_before, stopped_meanwhile, killed_meanwhile, held_already, many_answers),
            hold=True)
