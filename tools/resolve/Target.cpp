@@ -20,13 +20,13 @@ std::unique_ptr<Target> OpenProcess(const TargetOptions& options) {
   ProcessTarget::Choices choices;
   choices.process = *options.process;
   choices.program = Program(options);
-  choices.file = options.file;
   choices.debugFolder = options.debugFolder;
   choices.stop = options.stop;
   return std::make_unique<ProcessTarget>(std::move(choices));
 }
 
 std::unique_ptr<Target> Open(const TargetOptions& options) {
+  if (options.process) return OpenProcess(options);
   if (options.core) {
     return std::make_unique<CoreTarget>(*options.core, Program(options), options.debugFolder);
   }
@@ -36,8 +36,6 @@ std::unique_ptr<Target> Open(const TargetOptions& options) {
 }  // namespace
 
 std::unique_ptr<Target> OpenTarget(const TargetOptions& options) {
-  // A process may be held, and what goes wrong from then on must let it go.
-  if (options.process) return OpenProcess(options);
   std::unique_ptr<Target> target = Open(options);
   if (options.file) target->SetCurrentFile(*options.file);
   return target;
