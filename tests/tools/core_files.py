@@ -76,3 +76,28 @@ def program():
              segment(PT_DYNAMIC, READ | WRITE, data, address, size, size, 8) +
              b"\4\0\0\0\4\0\0\0\3\0\0\0GNU\0mark")
     return whole.ljust(data, b"t").ljust(data + size, b"d")
+
+
+def load(path, bias=0):
+    """The segments and mappings of a 64-bit little-endian program: written memory is saved whole,
+    of the rest only the first page."""
+    image = open(path, "rb").read()
+    table, = struct.unpack_from("<Q", image, 32)
+    size, count = struct.unpack_from("<HH", image, 54)
+    segments, mappings = [], []
+    for at in range(table, table + size * count, size):
+        kind, flags, offset, address, _, file_size, memory_size, _ = struct.unpack_from(
+            "<IIQQQQQQ", image, at)
+        if kind != PT_LOAD:
+            continue
+        start, first = address // PAGE * PAGE, offset // PAGE * PAGE
+        end = -(-(address + memory_size) // PAGE) * PAGE
+        file_end = -(-(address + file_size) // PAGE) * PAGE
+        if flags & WRITE:
+            saved = (image[first:offset] + image[offset:offset + file_size]).ljust(
+                end - start, b"\0")
+        else:
+            saved = image[:PAGE] if first == 0 else b""
+        segments.append((start + bias, saved, end - start, flags))
+        mappings.append((start + bias, file_end + bias, first, str(path)))
+    return segments, mappings
