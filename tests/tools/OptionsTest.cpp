@@ -93,6 +93,33 @@ TEST(Options, AreTakenFromBeforeTheProgram) {
   EXPECT_EQ(Read({"--file", "a.c", "--file", "b.c", "prog", "x"}).file, "b.c");
 }
 
+TEST(Options, LeaveTheProgramToACoreDump) {
+  const std::vector<Expressions> rows = {
+      {{"--core", "core", "x"}, "", {"x"}},
+      {{"--core", "core", "x", "y"}, "", {"x", "y"}},
+      {{"--core", "core", "-"}, "", {"-"}},
+      {{"--core", "core", "--", "x"}, "", {"x"}},
+      {{"--core", "core", "--", "-x", "y"}, "", {"-x", "y"}},
+      {{"--core", "core", "prog", "--", "x"}, "prog", {"x"}},
+      {{"--core", "core", "prog", "--", "-x"}, "prog", {"-x"}},
+      // This test is an ELF file.
+      {{"--core", "core", "/proc/self/exe", "x"}, "/proc/self/exe", {"x"}},
+      {{"--core", "core", "/proc/self/exe"}, "", {"/proc/self/exe"}},
+      {{"--core", "core", "--", "/proc/self/exe", "x"}, "", {"/proc/self/exe", "x"}},
+  };
+  for (const Expressions& row : rows) {
+    const Options options = Read(row.arguments);
+    EXPECT_EQ(options.core, "core") << Joined(row.arguments);
+    EXPECT_EQ(options.program, row.program) << Joined(row.arguments);
+    EXPECT_EQ(options.expressions, row.expressions) << Joined(row.arguments);
+  }
+  EXPECT_EQ(Read({"--core", "core", "--labels"}).program, "");
+  EXPECT_EQ(Read({"--core", "core", "--labels", "a*"}).pattern, "a*");
+  EXPECT_EQ(Read({"--core", "core", "--labels", "a*", "prog"}).program, "prog");
+  EXPECT_EQ(Read({"--core", "core", "--labels", "/proc/self/exe"}).program, "/proc/self/exe");
+  EXPECT_FALSE(Read({"prog", "x"}).core);
+}
+
 struct ListRow {
   Words arguments;
   Task task;
