@@ -1,6 +1,7 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <cstdint>
 #include <utility>
 
 namespace tool {
@@ -11,6 +12,7 @@ constexpr const char* kDescription =
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
+       resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
 
@@ -26,6 +28,8 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
+  resolve --memory 0x20000000=ram.bin prog state
+  resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
@@ -44,6 +48,9 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string description;
+  std::vector<std::string> memory;
+  std::uint64_t wordSize = 0;
 };
 
 void AddOptions(CLI::App* app, Options* options, Given* given) {
@@ -70,6 +77,39 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->excludes(labels);
 }
 
+void AddMemoryOptions(CLI::App* app, Given* given) {
+  app->add_option("--describe", given->description,
+                  "A description in TOML takes the place of PROGRAM:\n"
+                  "all words are expressions (docs/DESCRIBE.md)")
+      ->type_name("FILE")
+      ->take_last();
+  app->add_option("--memory", given->memory,
+                  "[SPACE:]ADDRESS=FILE[@OFFSET[:LENGTH]]: lay the file\n"
+                  "over the memory there. Raw bytes, Intel HEX or\n"
+                  "S-records, by its name or beginning; the addresses\n"
+                  "of records are added to ADDRESS. Space 1 is what\n"
+                  "`#` reads. May be repeated")
+      ->type_name("REGION")
+      ->allow_extra_args(false);
+  app->add_option("--word-size", given->wordSize,
+                  "Bytes that `#` reads in space 1, from 1 to 8; the\n"
+                  "size of a pointer unless given")
+      ->type_name("N")
+      ->take_last();
+}
+
+void TakeMemoryOptions(const CLI::App& app, Given* given, Options* options) {
+  if (app.count("--describe") > 0) options->description = std::move(given->description);
+  for (const std::string& region : given->memory) {
+    options->memory.push_back(targets::ReadRegionRequest(region));
+  }
+  if (app.count("--word-size") == 0) return;
+  if (given->wordSize < 1 || given->wordSize > 8) {
+    throw UsageError("--word-size takes a number of bytes from 1 to 8");
+  }
+  options->wordSize = static_cast<std::uint32_t>(given->wordSize);
+}
+
 void DescribeCommand(CLI::App* app) {
   app->footer(kFooter);
   app->formatter(std::make_shared<HelpText>());
@@ -88,10 +128,16 @@ void TakeWords(std::vector<std::string> words, Options* options) {
     words.erase(words.begin());
   } else if (!words.empty() && words.front().size() > 1 && words.front().front() == '-') {
     throw UsageError("there is no option " + words.front());
-  } else if (words.size() > 1 && words[1] == "--") {
+  } else if (!options->description && words.size() > 1 && words[1] == "--") {
     words.erase(words.begin() + 1);
   }
   const bool lists = options->task != Options::Task::kEvaluate;
+  if (options->description) {
+    options->expressions = std::move(words);
+    if (lists && !options->expressions.empty()) throw UsageError("a listing takes no expressions");
+    if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
+    return;
+  }
   if (words.empty() && !options->pattern.empty()) {
     // `--labels prog`: the word was not the pattern that it could have been.
     words.push_back(std::move(options->pattern));
@@ -115,6 +161,7 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
+  AddMemoryOptions(&app, &given);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -127,6 +174,7 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   if (app.count("--file") > 0) options.file = std::move(given.file);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  TakeMemoryOptions(app, &given, &options);
   TakeWords(app.remaining(), &options);
   return options;
 }
@@ -138,6 +186,7 @@ bool LooksLikeOption(const std::string& text) {
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
+  AddMemoryOptions(&app, &given);
   return app.get_option_no_throw(text.substr(0, text.find('='))) != nullptr;
 }
 

@@ -1,11 +1,14 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
+
+#include "targets/RegionRequest.h"
 
 namespace tool {
 
@@ -13,11 +16,14 @@ namespace tool {
 struct Options {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
-  std::string program;
+  std::string program;                   ///< empty with a description
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
+  std::optional<std::string> description;      ///< takes the place of the program
+  std::vector<targets::RegionRequest> memory;  ///< laid over the target's own
+  std::optional<std::uint32_t> wordSize;       ///< of the second memory space, 1 to 8 bytes
   bool exact = false;
   bool verbose = false;
 };
