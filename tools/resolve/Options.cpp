@@ -1,17 +1,24 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <array>
 #include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+#include <system_error>
 #include <utility>
 
 namespace tool {
 namespace {
 
 constexpr const char* kDescription =
-    "Resolves C-like expressions over the labels, types and initial memory of a program.";
+    "Resolves C-like expressions over the labels, types and initial memory of a program,\n"
+    "or over what a core dump holds of a process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
+       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
        resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
@@ -22,6 +29,10 @@ after it is an expression, also when it begins with "-"; a lone "-" reads
 expressions from standard input, one a line. A PATTERN is matched against whole
 names: "*" stands for any text, "?" for one character; quote it for the shell.
 
+With --core, PROGRAM may be left out, since the core dump names it. Where more than
+one word is given, the first is PROGRAM when it is an ELF file. A "--" leaves no
+doubt: before the first expression, with PROGRAM in front of it or without.
+
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
   resolve -v prog 'a[i]' '(int)x + 1'    size, sign and address as well
@@ -31,6 +42,7 @@ Examples:
   resolve --memory 0x20000000=ram.bin prog state
   resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
+  resolve --core core prog 'head->v'     a process that crashed
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used.)";
@@ -48,6 +60,7 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string core;
   std::string description;
   std::vector<std::string> memory;
   std::uint64_t wordSize = 0;
@@ -63,6 +76,9 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "Where debug information lies that is not in the\n"
                   "program; /usr/lib/debug unless given")
       ->type_name("DIR")
+      ->take_last();
+  app->add_option("--core", given->core, "Take memory from this core dump of the program")
+      ->type_name("CORE")
       ->take_last();
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
@@ -120,33 +136,65 @@ void DescribeCommand(CLI::App* app) {
   app->prefix_command();
 }
 
-/// Moves the words that are no options into `options`.
-void TakeWords(std::vector<std::string> words, Options* options) {
+bool IsElfFile(const std::string& path) {
+  std::error_code error;
+  if (!std::filesystem::is_regular_file(path, error)) return false;
+  constexpr std::string_view kMark = "\x7f\x45LF";
+  std::array<char, kMark.size()> start{};
+  std::ifstream file(path, std::ios::binary);
+  file.read(start.data(), start.size());
+  return file && std::string_view(start.data(), start.size()) == kMark;
+}
+
+/// What the words themselves say about whether the first of them is the program.
+enum class FirstWord { kIsProgram, kIsNoProgram, kMayBeEither };
+
+/// Takes a "--" out of `words`. `needsProgram`: the program cannot be left out.
+FirstWord TakeSeparator(bool needsProgram, std::vector<std::string>* words) {
+  const FirstWord unsaid = needsProgram ? FirstWord::kIsProgram : FirstWord::kMayBeEither;
   // The library leaves options that it does not know among the words. They come first, since
   // nothing behind the first word is taken for an option.
-  if (!words.empty() && words.front() == "--") {
-    words.erase(words.begin());
-  } else if (!words.empty() && words.front().size() > 1 && words.front().front() == '-') {
-    throw UsageError("there is no option " + words.front());
-  } else if (!options->description && words.size() > 1 && words[1] == "--") {
-    words.erase(words.begin() + 1);
+  if (!words->empty() && words->front() == "--") {
+    words->erase(words->begin());
+    return needsProgram ? FirstWord::kIsProgram : FirstWord::kIsNoProgram;
   }
+  if (!words->empty() && words->front().size() > 1 && words->front().front() == '-') {
+    throw UsageError("there is no option " + words->front());
+  }
+  if (words->size() > 1 && (*words)[1] == "--") {
+    words->erase(words->begin() + 1);
+    return FirstWord::kIsProgram;
+  }
+  return unsaid;
+}
+
+/// Moves the words that are no options into `options`.
+void TakeWords(std::vector<std::string> words, Options* options) {
   const bool lists = options->task != Options::Task::kEvaluate;
-  if (options->description) {
-    options->expressions = std::move(words);
-    if (lists && !options->expressions.empty()) throw UsageError("a listing takes no expressions");
-    if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
-    return;
+  if (options->core && options->description) {
+    throw UsageError("--describe takes the place of a program, and --core is about one");
   }
-  if (words.empty() && !options->pattern.empty()) {
+  const bool needsProgram = !options->core && !options->description;
+  FirstWord first = TakeSeparator(needsProgram, &words);
+  if (options->description) {
+    // Nothing can take its place, so that an expression is never looked up as a file.
+    first = FirstWord::kIsNoProgram;
+  } else if (words.empty() && !options->pattern.empty() &&
+             (needsProgram || IsElfFile(options->pattern))) {
     // `--labels prog`: the word was not the pattern that it could have been.
     words.push_back(std::move(options->pattern));
     options->pattern.clear();
   }
-  if (words.empty()) throw UsageError("no program is named");
-  options->program = std::move(words.front());
-  options->expressions.assign(std::make_move_iterator(words.begin() + 1),
-                              std::make_move_iterator(words.end()));
+  if (words.empty() && needsProgram) throw UsageError("no program is named");
+  if (first == FirstWord::kMayBeEither) {
+    const bool isProgram = lists || (words.size() > 1 && IsElfFile(words.front()));
+    first = isProgram ? FirstWord::kIsProgram : FirstWord::kIsNoProgram;
+  }
+  if (first == FirstWord::kIsProgram && !words.empty()) {
+    options->program = std::move(words.front());
+    words.erase(words.begin());
+  }
+  options->expressions = std::move(words);
   if (lists && !options->expressions.empty()) {
     throw UsageError("a listing takes no expressions; its pattern stands before the program");
   }
@@ -172,6 +220,7 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
     throw UsageError(error.what());
   }
   if (app.count("--file") > 0) options.file = std::move(given.file);
+  if (app.count("--core") > 0) options.core = std::move(given.core);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
   TakeMemoryOptions(app, &given, &options);

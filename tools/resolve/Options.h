@@ -16,7 +16,7 @@ namespace tool {
 struct Options {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
-  std::string program;                   ///< empty with a description
+  std::string program;                   ///< empty with a description, or where the core dump is to name it
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
@@ -24,6 +24,7 @@ struct Options {
   std::optional<std::string> description;      ///< takes the place of the program
   std::vector<targets::RegionRequest> memory;  ///< laid over the target's own
   std::optional<std::uint32_t> wordSize;       ///< of the second memory space, 1 to 8 bytes
+  std::optional<std::string> core;  ///< the core dump to take memory from
   bool exact = false;
   bool verbose = false;
 };
