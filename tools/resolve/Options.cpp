@@ -17,6 +17,7 @@ constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
        resolve [OPTIONS] --pid PID EXPRESSION...
+       resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
 
@@ -36,9 +37,11 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
-  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
-  echo 'a[3]' | resolve prog -
   resolve --core core prog 'head->v'     a process that crashed
+  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
+  resolve --memory 0x20000000=ram.bin prog state
+  resolve --describe board.toml state    a program that a text file describes
+  echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used, or its process ended.)";
@@ -58,6 +61,9 @@ struct Given {
   std::string file;
   std::string core;
   std::string process;
+  std::string description;
+  std::vector<std::string> memory;
+  std::uint64_t wordSize = 0;
 };
 
 void AddNameOptions(CLI::App* app, Options* options, Given* given) {
@@ -111,10 +117,34 @@ void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
       ->take_last();
 }
 
+void AddMemoryOptions(CLI::App* app, Given* given) {
+  app->add_option("--describe", given->description,
+                  "A description in TOML takes the place of PROGRAM:\n"
+                  "all words are expressions (docs/DESCRIBE.md)")
+      ->type_name("FILE")
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid");
+  app->add_option("--memory", given->memory,
+                  "[SPACE:]ADDRESS=FILE[@OFFSET[:LENGTH]]: lay the file\n"
+                  "over the memory there. Raw bytes, Intel HEX or\n"
+                  "S-records, by its name or beginning; the addresses\n"
+                  "of records are added to ADDRESS. Space 1 is what\n"
+                  "`#` reads. May be repeated")
+      ->type_name("REGION")
+      ->allow_extra_args(false);
+  app->add_option("--word-size", given->wordSize,
+                  "Bytes that `#` reads in space 1, from 1 to 8; the\n"
+                  "size of a pointer unless given")
+      ->type_name("N")
+      ->take_last();
+}
+
 void AddOptions(CLI::App* app, Options* options, Given* given) {
   AddNameOptions(app, options, given);
   AddCoreOptions(app, given);
   AddProcessOptions(app, options, given);
+  AddMemoryOptions(app, given);
   AddAnswerOptions(app, options);
   AddListings(app, options);
 }
@@ -126,6 +156,16 @@ void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
     options->process = ReadProcessNumber(given->process);
   } else if (app.count("--stop") + app.count("--program") > 0) {
     throw UsageError("--stop and --program are about a process, which --pid names");
+  }
+  if (app.count("--describe") > 0) options->description = std::move(given->description);
+  for (const std::string& region : given->memory) {
+    options->memory.push_back(targets::ReadRegionRequest(region));
+  }
+  if (app.count("--word-size") > 0) {
+    if (given->wordSize < 1 || given->wordSize > 8) {
+      throw UsageError("--word-size takes a number of bytes from 1 to 8");
+    }
+    options->wordSize = static_cast<std::uint32_t>(given->wordSize);
   }
 }
 
