@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <utility>
 
+#include "targets/RemoteAddress.h"
+
 namespace tool {
 namespace {
 
@@ -11,6 +13,7 @@ constexpr const char* kDescription =
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
+       resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
 
@@ -44,7 +47,23 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string remote;
 };
+
+void AddRemoteOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--remote", given->remote,
+                  "Read the target behind a gdb remote stub, which\n"
+                  "listens there or on the Unix socket with that path")
+      ->type_name("HOST:PORT")
+      ->take_last();
+  app->add_option("--timeout", options->timeout,
+                  "With --remote: how long each answer of the stub may\n"
+                  "take; 5 seconds unless given")
+      ->type_name("SECONDS")
+      ->take_last();
+  app->add_flag("--leave-stopped", options->leaveStopped,
+                "With --remote: do not let the target go on at the end");
+}
 
 void AddOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("--file", given->file,
@@ -57,6 +76,7 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "program; /usr/lib/debug unless given")
       ->type_name("DIR")
       ->take_last();
+  AddRemoteOptions(app, options, given);
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
@@ -78,6 +98,22 @@ void DescribeCommand(CLI::App* app) {
   app->set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
   // From the first word on, nothing is an option.
   app->prefix_command();
+}
+
+void CheckRemoteOptions(const CLI::App& app, const Options& options) {
+  for (const char* option : {"--timeout", "--leave-stopped"}) {
+    if (!options.remote && app.count(option) > 0) {
+      throw UsageError(std::string(option) + " is of no use without --remote");
+    }
+  }
+  if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not " + *options.remote);
+  }
+  // A day is as good as for ever, and no number that a clock could not take.
+  constexpr double kLongest = 86400;
+  if (!(options.timeout > 0 && options.timeout <= kLongest)) {
+    throw UsageError("--timeout takes a number of seconds above 0, up to 86400");
+  }
 }
 
 /// Moves the words that are no options into `options`.
@@ -125,6 +161,8 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
     throw UsageError(error.what());
   }
   if (app.count("--file") > 0) options.file = std::move(given.file);
+  if (app.count("--remote") > 0) options.remote = std::move(given.remote);
+  CheckRemoteOptions(app, options);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
   TakeWords(app.remaining(), &options);

@@ -18,6 +18,9 @@ struct Options {
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
+  std::optional<std::string> remote;  ///< where a stub listens, as `ReadRemoteAddress` reads it
+  double timeout = 5.0;               ///< seconds for each answer of the stub, above 0
+  bool leaveStopped = false;          ///< do not tell the stub to let its target go on
   bool exact = false;
   bool verbose = false;
 };
