@@ -10,6 +10,7 @@
 #include "tools/resolve/Complaint.h"
 #include "tools/resolve/Display.h"
 #include "tools/resolve/ExpressionText.h"
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/LineReader.h"
 
 namespace tool {
@@ -50,6 +51,7 @@ void Session::RunStandardInput() {
 }
 
 void Session::RunOne(const std::string& expression) {
+  Interruption::Check();
   Outcome outcome = evaluator_.Evaluate(expression);
   if (const auto* failure = std::get_if<Failure>(&outcome)) {
     Fail(expression, failure->message);
@@ -60,6 +62,7 @@ void Session::RunOne(const std::string& expression) {
   try {
     line = LineOf(&answer);
   } catch (const targets::Error& error) {
+    if (error.Code() == targets::ErrorCode::kTargetLost) throw;
     Fail(expression, error.what());
     return;
   }
