@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <functional>
 #include <map>
-#include <set>
 #include <utility>
 
 #include "targets/DwarfFile.h"
@@ -48,6 +47,9 @@ TargetLayout LayoutOf(const ElfFile& file, const ElfOptions& options) {
   layout.loadBias = options.loadBias;
   layout.recordMark = options.recordMark;
   layout.highestAddress = options.highestAddress.value_or(layout.Loaded(file.HighestAddress()));
+  if (layout.pointerSize < 8) {
+    layout.highestAddress = std::min(layout.highestAddress, layout.Loaded(~layout.loadBias));
+  }
   layout.plainCharIsSigned = PlainCharIsSigned(file);
   return layout;
 }
@@ -73,20 +75,8 @@ struct DebugInfo {
   TypeLookup lookup;
 };
 
-using Listings = std::set<std::pair<std::string, std::string>>;
-
 void VisitAll(const Listings& listings, const std::function<void(const Listing&)>& visit) {
   for (const auto& [name, detail] : listings) visit(Listing{name, detail});
-}
-
-/// A detail that cannot be read is said in its place, and does not hide the rest of the list.
-template <typename Describe>
-std::string DetailOrError(Describe describe) {
-  try {
-    return describe();
-  } catch (const Error& error) {
-    return error.what();
-  }
 }
 
 }  // namespace
@@ -288,6 +278,14 @@ std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
   return LabelSource::FindObject(name);
 }
 
+std::optional<Label> ElfProgram::FindDeclared(std::string_view name, std::uint64_t address) {
+  if (!parts_->debug) return std::nullopt;
+  DebugInfo& debug = *parts_->debug;
+  const auto declaration = debug.choice.FindDeclaration(name, debug.index.Global());
+  if (!declaration) return std::nullopt;
+  return debug.choice.Typed(name, *declaration, address);
+}
+
 bool ElfProgram::HasType(std::string_view name) {
   if (!parts_->debug) return BasicTypeRecord(parts_->layout, name).has_value();
   DebugInfo& debug = *parts_->debug;
@@ -331,28 +329,14 @@ const std::vector<MemberRemark>& ElfProgram::Remarks() const {
 
 void ElfProgram::ListLabels(const std::function<void(const Listing&)>& visit) {
   Listings listings;
+  IndexTable* described = nullptr;
   if (parts_->debug) {
     DebugInfo& debug = *parts_->debug;
-    for (IndexTable* table : {&debug.index.Global(), &debug.index.Local()}) {
-      for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
-        const IndexEntry& entry = table->entries[n];
-        if (!IsLabelKind(entry.kind) || entry.isDeclaration) continue;
-        if (table->completed.count(entry.die) != 0) continue;
-        listings.emplace(table->names.NameOf(n),
-                         DetailOrError([&] { return debug.choice.Describe(entry); }));
-      }
-    }
+    described = &debug.index.Global();
+    AddLabelListings(*described, debug.choice, &listings);
+    AddLabelListings(debug.index.Local(), debug.choice, &listings);
   }
-  for (std::uint32_t n = 0; n < parts_->symbols.Count(); ++n) {
-    const std::string_view name = parts_->symbols.NameOf(n);
-    if (parts_->debug && LabelChoice::Defines(name, parts_->debug->index.Global())) continue;
-    const ElfSymbol& symbol = parts_->symbols.At(n);
-    std::string detail = symbol.isThreadLocal
-                             ? "thread-local symbol"
-                             : (symbol.isFunction ? "function " : "symbol ") +
-                                   Hexadecimal(parts_->layout.Loaded(symbol.value));
-    listings.emplace(name, std::move(detail));
-  }
+  AddSymbolListings(parts_->symbols, described, parts_->layout, &listings);
   VisitAll(listings, visit);
   if (parts_->damage) throw Error(*parts_->damage);
 }
@@ -361,23 +345,8 @@ void ElfProgram::ListTypes(const std::function<void(const Listing&)>& visit) {
   Listings listings;
   if (parts_->debug) {
     DebugInfo& debug = *parts_->debug;
-    for (IndexTable* table : {&debug.index.Global(), &debug.index.Local()}) {
-      for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
-        const IndexEntry& entry = table->entries[n];
-        if (IsLabelKind(entry.kind) || entry.isDeclaration) continue;
-        std::string name = TypeLookup::SpelledName(entry.kind, table->names.NameOf(n));
-        // Such as `list<int>`, which an expression would be cut in.
-        if (!CanonicalTypeName(name, [](std::string_view) { return true; })) continue;
-        listings.emplace(std::move(name), DetailOrError([&] {
-                           const Dwarf_Die die = debug.file.At(entry.die);
-                           if (entry.kind == EntryKind::kTypedef) {
-                             return TypeText(debug.file, debug.file.TypeOf(die));
-                           }
-                           const auto size = debug.file.Unsigned(die, DW_AT_byte_size);
-                           return std::to_string(size.value_or(0)) + " bytes";
-                         }));
-      }
-    }
+    AddTypeListings(debug.index.Global(), debug.file, &listings);
+    AddTypeListings(debug.index.Local(), debug.file, &listings);
   }
   VisitAll(listings, visit);
   if (parts_->damage) throw Error(*parts_->damage);

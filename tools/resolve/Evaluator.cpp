@@ -77,7 +77,8 @@ class Resolution {
     }
     answer.denoted = std::move(typed.denoted);
     // The bits of a bit-field are shown as what they are, but for those that are operands.
-    const std::string own = typed.isBitField ? MemberNames(text_).back() : "";
+    const std::vector<std::string> members = MemberNames(text_);
+    const std::string own = typed.isBitField && !members.empty() ? members.back() : "";
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
       if (remark.kind == targets::MemberRemark::Kind::kBitField && remark.member != own &&
           Concerns(remark)) {
@@ -96,7 +97,11 @@ class Resolution {
   /// Why the resolver's answer cannot be given, whatever the resolver says; empty when it can.
   std::optional<std::string> WhyNotToTrust() {
     if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
-    if (host_.FirstFailure()) return host_.FirstFailure()->what();
+    if (const auto& failure = host_.FirstFailure()) {
+      // No other expression will fare better.
+      if (failure->Code() == targets::ErrorCode::kTargetLost) throw targets::Error(*failure);
+      return failure->what();
+    }
     const bool hasResult = solved_ || resolver_.errorMessage == kFinalReadFailed;
     if (hasResult && IsComposite(resolver_.ObjectType())) {
       return CompositeSentence(resolver_.ObjectType());
@@ -295,6 +300,7 @@ Outcome Evaluator::Evaluate(std::string_view expression) {
   try {
     return Resolution(labels_, host_, std::move(text)).Run(numbersOnly_);
   } catch (const targets::Error& error) {
+    if (error.Code() == targets::ErrorCode::kTargetLost) throw;
     return Failure{error.what()};
   }
 }

@@ -45,6 +45,7 @@ class Evaluator {
   /// Answers are numbers only, and have nothing `denoted`: what has no number is a failure.
   void AskForNumbers() { numbersOnly_ = true; }
 
+  /// Throws `targets::Error` (`kTargetLost`) when the target is gone, and with it all answers.
   Outcome Evaluate(std::string_view expression);
 
   /// What the last evaluation was.

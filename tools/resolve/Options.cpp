@@ -2,16 +2,25 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <memory>
 #include <utility>
+
+#include "targets/RemoteAddress.h"
+#include "tools/resolve/Words.h"
 
 namespace tool {
 namespace {
 
 constexpr const char* kDescription =
-    "Resolves C-like expressions over the labels, types and initial memory of a program.";
+    "Resolves C-like expressions over the labels, types and memory of a program file,\n"
+    "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
+       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
+       resolve [OPTIONS] --pid PID EXPRESSION...
+       resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
+       resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM
        resolve --layout TYPE PROGRAM)";
@@ -22,6 +31,10 @@ after it is an expression, also when it begins with "-"; a lone "-" reads
 expressions from standard input, one a line. A PATTERN is matched against whole
 names: "*" stands for any text, "?" for one character; quote it for the shell.
 
+With --core, PROGRAM may be left out, since the core dump names it. Where more than
+one word is given, the first is PROGRAM when it is an ELF file. A "--" leaves no
+doubt: before the first expression, with PROGRAM in front of it or without.
+
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
   resolve -v prog 'a[i]' '(int)x + 1'    size, sign and address as well
@@ -30,10 +43,14 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
+  resolve --core core prog 'head->v'     a process that crashed
+  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
+  resolve --memory 0x20000000=ram.bin prog state
+  resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used.)";
+the command line or the program could not be used, or its process ended.)";
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -73,9 +90,15 @@ struct Given {
   bool noNotes = false;
   std::string format;
   std::uint64_t count = 0;
+  std::string core;
+  std::string process;
+  std::string remote;
+  std::string description;
+  std::vector<std::string> memory;
+  std::uint64_t wordSize = 0;
 };
 
-void AddOptions(CLI::App* app, Options* options, Given* given) {
+void AddNameOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("--file", given->file,
                   "Current source file: it chooses between statics of\n"
                   "one name, and the dialect; main's unless given")
@@ -86,6 +109,9 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "program; /usr/lib/debug unless given")
       ->type_name("DIR")
       ->take_last();
+}
+
+void AddAnswerOptions(CLI::App* app, Options* options, Given* given) {
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
@@ -118,6 +144,9 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->type_name("N")
       ->take_last()
       ->excludes(plain);
+}
+
+void AddListings(CLI::App* app, Options* options) {
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);
@@ -131,9 +160,95 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->excludes(labels);
 }
 
-/// Takes over what the library could not check.
-void TakeGiven(const CLI::App& app, Given given, Options* options) {
-  if (app.count("--file") > 0) options->file = std::move(given.file);
+void AddCoreOptions(CLI::App* app, Given* given) {
+  app->add_option("--core", given->core, "Take memory from this core dump of the program")
+      ->type_name("CORE")
+      ->take_last();
+}
+
+void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--pid", given->process,
+                  "Evaluate over the process of this number, as it\n"
+                  "runs; the program is the one that it runs")
+      ->type_name("PID")
+      ->take_last()
+      ->excludes("--core");
+  app->add_flag("--stop", options->stop, "Hold the process meanwhile; it goes on afterwards");
+  app->add_option("--program", options->program,
+                  "With --pid: where names and types come from, such\n"
+                  "as a copy of the program that was not stripped")
+      ->type_name("FILE")
+      ->take_last();
+}
+
+void AddRemoteOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--remote", given->remote,
+                  "Read the target behind a gdb remote stub, which\n"
+                  "listens there or on the Unix socket with that path")
+      ->type_name("HOST:PORT")
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid");
+  app->add_option("--timeout", options->timeout,
+                  "With --remote: how long each answer of the stub may\n"
+                  "take; 5 seconds unless given")
+      ->type_name("SECONDS")
+      ->take_last();
+  app->add_flag("--leave-stopped", options->leaveStopped,
+                "With --remote: do not let the target go on at the end");
+}
+
+void AddMemoryOptions(CLI::App* app, Given* given) {
+  app->add_option("--describe", given->description,
+                  "A description in TOML takes the place of PROGRAM:\n"
+                  "all words are expressions (docs/DESCRIBE.md)")
+      ->type_name("FILE")
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid")
+      ->excludes("--remote");
+  app->add_option("--memory", given->memory,
+                  "[SPACE:]ADDRESS=FILE[@OFFSET[:LENGTH]]: lay the file\n"
+                  "over the memory there. Raw bytes, Intel HEX or\n"
+                  "S-records, by its name or beginning; the addresses\n"
+                  "of records are added to ADDRESS. Space 1 is what\n"
+                  "`#` reads. May be repeated")
+      ->type_name("REGION")
+      ->allow_extra_args(false);
+  app->add_option("--word-size", given->wordSize,
+                  "Bytes that `#` reads in space 1, from 1 to 8; the\n"
+                  "size of a pointer unless given")
+      ->type_name("N")
+      ->take_last();
+}
+
+void AddOptions(CLI::App* app, Options* options, Given* given) {
+  AddNameOptions(app, options, given);
+  AddCoreOptions(app, given);
+  AddProcessOptions(app, options, given);
+  AddRemoteOptions(app, options, given);
+  AddMemoryOptions(app, given);
+  AddAnswerOptions(app, options, given);
+  AddListings(app, options);
+}
+
+void CheckRemoteOptions(const CLI::App& app, const Options& options) {
+  for (const char* option : {"--timeout", "--leave-stopped"}) {
+    if (!options.remote && app.count(option) > 0) {
+      throw UsageError(std::string(option) + " is of no use without --remote");
+    }
+  }
+  if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not " + *options.remote);
+  }
+  // A day is as good as for ever, and no number that a clock could not take.
+  constexpr double kLongest = 86400;
+  if (!(options.timeout > 0 && options.timeout <= kLongest)) {
+    throw UsageError("--timeout takes a number of seconds above 0, up to 86400");
+  }
+}
+
+void TakeAnswerOptions(const CLI::App& app, const Given& given, Options* options) {
   if (app.count("--format") > 0) {
     const std::optional<Format> format = FormatNamed(given.format);
     if (!format) {
@@ -147,9 +262,28 @@ void TakeGiven(const CLI::App& app, Given given, Options* options) {
   }
   if (given.notes == "error") options->notes = Options::Notes::kError;
   if (given.notes == "none" || given.noNotes) options->notes = Options::Notes::kNone;
-  if (app.count("--labels") > 0) options->task = Options::Task::kListLabels;
-  if (app.count("--types") > 0) options->task = Options::Task::kListTypes;
-  if (app.count("--layout") > 0) options->task = Options::Task::kLayout;
+}
+
+void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
+  if (app.count("--file") > 0) options->file = std::move(given->file);
+  if (app.count("--core") > 0) options->core = std::move(given->core);
+  if (app.count("--pid") > 0) {
+    options->process = ReadProcessNumber(given->process);
+  } else if (app.count("--stop") + app.count("--program") > 0) {
+    throw UsageError("--stop and --program are about a process, which --pid names");
+  }
+  if (app.count("--remote") > 0) options->remote = std::move(given->remote);
+  CheckRemoteOptions(app, *options);
+  if (app.count("--describe") > 0) options->description = std::move(given->description);
+  for (const std::string& region : given->memory) {
+    options->memory.push_back(targets::ReadRegionRequest(region));
+  }
+  if (app.count("--word-size") > 0) {
+    if (given->wordSize < 1 || given->wordSize > 8) {
+      throw UsageError("--word-size takes a number of bytes from 1 to 8");
+    }
+    options->wordSize = static_cast<std::uint32_t>(given->wordSize);
+  }
 }
 
 void DescribeCommand(CLI::App* app) {
@@ -160,35 +294,6 @@ void DescribeCommand(CLI::App* app) {
   app->set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
   // From the first word on, nothing is an option.
   app->prefix_command();
-}
-
-/// Moves the words that are no options into `options`.
-void TakeWords(std::vector<std::string> words, Options* options) {
-  // The library leaves options that it does not know among the words. They come first, since
-  // nothing behind the first word is taken for an option.
-  if (!words.empty() && words.front() == "--") {
-    words.erase(words.begin());
-  } else if (!words.empty() && words.front().size() > 1 && words.front().front() == '-') {
-    throw UsageError("there is no option " + words.front());
-  } else if (words.size() > 1 && words[1] == "--") {
-    words.erase(words.begin() + 1);
-  }
-  const bool lists = options->task != Options::Task::kEvaluate;
-  if (words.empty() && !options->pattern.empty()) {
-    // `--labels prog`: the word was not the pattern that it could have been.
-    words.push_back(std::move(options->pattern));
-    options->pattern.clear();
-  }
-  if (words.empty()) throw UsageError("no program is named");
-  options->program = std::move(words.front());
-  options->expressions.assign(std::make_move_iterator(words.begin() + 1),
-                              std::make_move_iterator(words.end()));
-  if (lists && !options->expressions.empty()) {
-    throw UsageError(options->task == Options::Task::kLayout
-                         ? "a layout takes no expressions"
-                         : "a listing takes no expressions; its pattern stands before the program");
-  }
-  if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
 }
 
 }  // namespace
@@ -208,7 +313,11 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  TakeGiven(app, std::move(given), &options);
+  if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
+  if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  if (app.count("--layout") > 0) options.task = Options::Task::kLayout;
+  TakeAnswerOptions(app, given, &options);
+  TakeTargetOptions(app, &options, &given);
   TakeWords(app.remaining(), &options);
   return options;
 }

@@ -3,25 +3,22 @@
 
 #include <cstdint>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
 #include "tools/resolve/Format.h"
+#include "tools/resolve/TargetOptions.h"
 
 namespace tool {
 
 /// What the command line asks for.
-struct Options {
+struct Options : TargetOptions {
   enum class Task { kEvaluate, kListLabels, kListTypes, kLayout };
   Task task = Task::kEvaluate;
-  std::string program;
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
   std::string type;                      ///< of `kLayout`
-  std::optional<std::string> file;       ///< the current source file, if chosen
-  std::string debugFolder = "/usr/lib/debug";
   bool exact = false;
   bool verbose = false;
   enum class Notes { kNone, kShow, kError };
@@ -38,15 +35,9 @@ struct Information {
   std::string text;
 };
 
-/// A command line that makes no sense. `what()` is one sentence.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 /// Reads the arguments that follow the command's name. Options end at PROGRAM, so that an
-/// expression may begin with "-"; a "--" before or right behind PROGRAM may say so as well. Throws
-/// `UsageError`.
+/// expression may begin with "-"; a "--" before or right behind PROGRAM may say so as well. With
+/// `--pid` there is no PROGRAM, and they end at the first expression. Throws `UsageError`.
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments);
 
 /// Does `text` look like one of the options? For a word of advice when it stands behind PROGRAM.

@@ -14,6 +14,7 @@
 #include "tools/resolve/Explanation.h"
 #include "tools/resolve/ExpressionText.h"
 #include "tools/resolve/JsonLines.h"
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/LineReader.h"
 
 namespace tool {
@@ -60,6 +61,7 @@ void Session::RunStandardInput() {
 }
 
 void Session::RunOne(const std::string& expression) {
+  Interruption::Check();
   Outcome outcome = evaluator_.Evaluate(expression);
   const std::vector<NamedNote> notes = NotesOn(expression, outcome);
   std::string line;
@@ -67,6 +69,7 @@ void Session::RunOne(const std::string& expression) {
     try {
       line = LineOf(answer);
     } catch (const targets::Error& error) {
+      if (error.Code() == targets::ErrorCode::kTargetLost) throw;
       outcome = Failure{error.what()};
     }
   }
