@@ -136,7 +136,11 @@ std::vector<NamedNote> NoteFinder::Find(std::string_view expression, const Outco
   CReading reading(labels_, MemoryFor(log));
   const CMeaning meaning = reading.Of(*tree);
   const auto* answer = std::get_if<Answer>(&outcome);
-  agreed_ = answer != nullptr && Agree(meaning, *answer);
+  // An enumerator is shown with the sign that its enumeration gives it.
+  const bool enumerator =
+      answer != nullptr && answer->denoted && tree->kind == CNode::Kind::kName &&
+      ShapeOf(*answer->denoted, labels_).kind == targets::TypeShape::Kind::kEnumeration;
+  agreed_ = answer != nullptr && (enumerator || Agree(meaning, *answer));
   if (agreed_) return notes;
   CRewriting rewriting(expression, reading, labels_, log, answer == nullptr,
                        answer != nullptr && !answer->denoted);

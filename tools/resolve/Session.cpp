@@ -13,8 +13,8 @@
 #include "tools/resolve/Display.h"
 #include "tools/resolve/Explanation.h"
 #include "tools/resolve/ExpressionText.h"
-#include "tools/resolve/JsonLines.h"
 #include "tools/resolve/Interruption.h"
+#include "tools/resolve/JsonLines.h"
 #include "tools/resolve/LineReader.h"
 
 namespace tool {
