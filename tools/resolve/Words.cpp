@@ -75,6 +75,7 @@ void TakeWords(std::vector<std::string> words, Options* options) {
   }
   options->expressions = std::move(words);
   if (lists && !options->expressions.empty()) {
+    if (options->task == Options::Task::kLayout) throw UsageError("a layout takes no expressions");
     throw UsageError(unsaid == FirstWord::kIsNoProgram
                          ? "a listing takes no expressions"
                          : "a listing takes no expressions; its pattern stands before the program");
