@@ -111,7 +111,7 @@ def nobody(command, program):
     expect(resolve(command, "--remote", "/nowhere/at/all", program, "x"),
            ("", "resolve: there is no socket '/nowhere/at/all'\n", 2))
     expect(resolve(command, "--remote", "host", program, "x"),
-           ("", "resolve: --remote takes HOST:PORT or the path of a socket, not host; "
+           ("", "resolve: --remote takes HOST:PORT or the path of a socket, not 'host'; "
             "see resolve --help\n", 2))
     out, err, code = resolve(command, "--timeout", "20", "--remote", "no.such.host.invalid:1",
                              program, "x")

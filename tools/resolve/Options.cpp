@@ -1,18 +1,23 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <memory>
 #include <utility>
 
 #include "targets/RemoteAddress.h"
+#include "tools/resolve/Words.h"
 
 namespace tool {
 namespace {
 
 constexpr const char* kDescription =
-    "Resolves C-like expressions over the labels, types and initial memory of a program.";
+    "Resolves C-like expressions over the labels, types and memory of a program file,\n"
+    "a core dump, a running process or a target behind a gdb remote stub.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
+       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
+       resolve [OPTIONS] --pid PID EXPRESSION...
        resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
@@ -23,16 +28,23 @@ after it is an expression, also when it begins with "-"; a lone "-" reads
 expressions from standard input, one a line. A PATTERN is matched against whole
 names: "*" stands for any text, "?" for one character; quote it for the shell.
 
+With --core, PROGRAM may be left out, since the core dump names it. Where more than
+one word is given, the first is PROGRAM when it is an ELF file. A "--" leaves no
+doubt: before the first expression, with PROGRAM in front of it or without.
+
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
   resolve -v prog 'a[i]' '(int)x + 1'    size, sign and address as well
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
+  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   echo 'a[3]' | resolve prog -
+  resolve --core core prog 'head->v'     a process that crashed
+  resolve --remote :3333 prog ticks      a board, behind its debug server
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used.)";
+the command line or the program could not be used, or its process ended, or its stub was lost.)";
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -47,25 +59,12 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string core;
+  std::string process;
   std::string remote;
 };
 
-void AddRemoteOptions(CLI::App* app, Options* options, Given* given) {
-  app->add_option("--remote", given->remote,
-                  "Read the target behind a gdb remote stub, which\n"
-                  "listens there or on the Unix socket with that path")
-      ->type_name("HOST:PORT")
-      ->take_last();
-  app->add_option("--timeout", options->timeout,
-                  "With --remote: how long each answer of the stub may\n"
-                  "take; 5 seconds unless given")
-      ->type_name("SECONDS")
-      ->take_last();
-  app->add_flag("--leave-stopped", options->leaveStopped,
-                "With --remote: do not let the target go on at the end");
-}
-
-void AddOptions(CLI::App* app, Options* options, Given* given) {
+void AddNameOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("--file", given->file,
                   "Current source file: it chooses between statics of\n"
                   "one name, and the dialect; main's unless given")
@@ -76,11 +75,16 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "program; /usr/lib/debug unless given")
       ->type_name("DIR")
       ->take_last();
-  AddRemoteOptions(app, options, given);
+}
+
+void AddAnswerOptions(CLI::App* app, Options* options) {
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
   app->add_flag("-v,--verbose", options->verbose, "Add size, signedness, address and memory space");
+}
+
+void AddListings(CLI::App* app, Options* options) {
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);
@@ -88,6 +92,83 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->option_text("[PATTERN]")
       ->expected(0, 1)
       ->excludes(labels);
+}
+
+void AddCoreOptions(CLI::App* app, Given* given) {
+  app->add_option("--core", given->core, "Take memory from this core dump of the program")
+      ->type_name("CORE")
+      ->take_last();
+}
+
+void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--pid", given->process,
+                  "Evaluate over the process of this number, as it\n"
+                  "runs; the program is the one that it runs")
+      ->type_name("PID")
+      ->take_last()
+      ->excludes("--core");
+  app->add_flag("--stop", options->stop, "Hold the process meanwhile; it goes on afterwards");
+  app->add_option("--program", options->program,
+                  "With --pid: where names and types come from, such\n"
+                  "as a copy of the program that was not stripped")
+      ->type_name("FILE")
+      ->take_last();
+}
+
+void AddRemoteOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--remote", given->remote,
+                  "Read the target behind a gdb remote stub, which\n"
+                  "listens there or on the Unix socket with that path")
+      ->type_name("HOST:PORT")
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid");
+  app->add_option("--timeout", options->timeout,
+                  "With --remote: how long each answer of the stub may\n"
+                  "take; 5 seconds unless given")
+      ->type_name("SECONDS")
+      ->take_last();
+  app->add_flag("--leave-stopped", options->leaveStopped,
+                "With --remote: do not let the target go on at the end");
+}
+
+void AddOptions(CLI::App* app, Options* options, Given* given) {
+  AddNameOptions(app, options, given);
+  AddCoreOptions(app, given);
+  AddProcessOptions(app, options, given);
+  AddRemoteOptions(app, options, given);
+  AddAnswerOptions(app, options);
+  AddListings(app, options);
+}
+
+void TakeRemoteOptions(const CLI::App& app, Options* options, Given* given) {
+  if (app.count("--remote") == 0) {
+    if (app.count("--timeout") + app.count("--leave-stopped") > 0) {
+      throw UsageError("--timeout and --leave-stopped are about a stub, which --remote names");
+    }
+    return;
+  }
+  if (!targets::ReadRemoteAddress(given->remote)) {
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not '" + given->remote +
+                     "'");
+  }
+  // A day is as good as for ever, and no number that a clock could not take.
+  constexpr double kLongest = 86400;
+  if (!(options->timeout > 0 && options->timeout <= kLongest)) {
+    throw UsageError("--timeout takes a number of seconds above 0, up to 86400");
+  }
+  options->remote = std::move(given->remote);
+}
+
+void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
+  if (app.count("--file") > 0) options->file = std::move(given->file);
+  if (app.count("--core") > 0) options->core = std::move(given->core);
+  if (app.count("--pid") > 0) {
+    options->process = ReadProcessNumber(given->process);
+  } else if (app.count("--stop") + app.count("--program") > 0) {
+    throw UsageError("--stop and --program are about a process, which --pid names");
+  }
+  TakeRemoteOptions(app, options, given);
 }
 
 void DescribeCommand(CLI::App* app) {
@@ -98,49 +179,6 @@ void DescribeCommand(CLI::App* app) {
   app->set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
   // From the first word on, nothing is an option.
   app->prefix_command();
-}
-
-void CheckRemoteOptions(const CLI::App& app, const Options& options) {
-  for (const char* option : {"--timeout", "--leave-stopped"}) {
-    if (!options.remote && app.count(option) > 0) {
-      throw UsageError(std::string(option) + " is of no use without --remote");
-    }
-  }
-  if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
-    throw UsageError("--remote takes HOST:PORT or the path of a socket, not " + *options.remote);
-  }
-  // A day is as good as for ever, and no number that a clock could not take.
-  constexpr double kLongest = 86400;
-  if (!(options.timeout > 0 && options.timeout <= kLongest)) {
-    throw UsageError("--timeout takes a number of seconds above 0, up to 86400");
-  }
-}
-
-/// Moves the words that are no options into `options`.
-void TakeWords(std::vector<std::string> words, Options* options) {
-  // The library leaves options that it does not know among the words. They come first, since
-  // nothing behind the first word is taken for an option.
-  if (!words.empty() && words.front() == "--") {
-    words.erase(words.begin());
-  } else if (!words.empty() && words.front().size() > 1 && words.front().front() == '-') {
-    throw UsageError("there is no option " + words.front());
-  } else if (words.size() > 1 && words[1] == "--") {
-    words.erase(words.begin() + 1);
-  }
-  const bool lists = options->task != Options::Task::kEvaluate;
-  if (words.empty() && !options->pattern.empty()) {
-    // `--labels prog`: the word was not the pattern that it could have been.
-    words.push_back(std::move(options->pattern));
-    options->pattern.clear();
-  }
-  if (words.empty()) throw UsageError("no program is named");
-  options->program = std::move(words.front());
-  options->expressions.assign(std::make_move_iterator(words.begin() + 1),
-                              std::make_move_iterator(words.end()));
-  if (lists && !options->expressions.empty()) {
-    throw UsageError("a listing takes no expressions; its pattern stands before the program");
-  }
-  if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
 }
 
 }  // namespace
@@ -160,11 +198,9 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (app.count("--file") > 0) options.file = std::move(given.file);
-  if (app.count("--remote") > 0) options.remote = std::move(given.remote);
-  CheckRemoteOptions(app, options);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  TakeTargetOptions(app, &options, &given);
   TakeWords(app.remaining(), &options);
   return options;
 }

@@ -1,26 +1,20 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 
-#include <optional>
-#include <stdexcept>
 #include <string>
 #include <variant>
 #include <vector>
 
+#include "tools/resolve/TargetOptions.h"
+
 namespace tool {
 
 /// What the command line asks for.
-struct Options {
+struct Options : TargetOptions {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
-  std::string program;
   std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
   std::string pattern;                   ///< of a listing: all names when empty
-  std::optional<std::string> file;       ///< the current source file, if chosen
-  std::string debugFolder = "/usr/lib/debug";
-  std::optional<std::string> remote;  ///< where a stub listens, as `ReadRemoteAddress` reads it
-  double timeout = 5.0;               ///< seconds for each answer of the stub, above 0
-  bool leaveStopped = false;          ///< do not tell the stub to let its target go on
   bool exact = false;
   bool verbose = false;
 };
@@ -30,15 +24,9 @@ struct Information {
   std::string text;
 };
 
-/// A command line that makes no sense. `what()` is one sentence.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 /// Reads the arguments that follow the command's name. Options end at PROGRAM, so that an
-/// expression may begin with "-"; a "--" before or right behind PROGRAM may say so as well. Throws
-/// `UsageError`.
+/// expression may begin with "-"; a "--" before or right behind PROGRAM may say so as well. With
+/// `--pid` there is no PROGRAM, and they end at the first expression. Throws `UsageError`.
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments);
 
 /// Does `text` look like one of the options? For a word of advice when it stands behind PROGRAM.

@@ -9,18 +9,19 @@
 namespace tool {
 namespace {
 
-std::chrono::milliseconds Timeout(const Options& options) {
+std::chrono::milliseconds Timeout(const TargetOptions& options) {
   return std::chrono::ceil<std::chrono::milliseconds>(
       std::chrono::duration<double>(options.timeout));
 }
 
-targets::RemoteProgram Open(const Options& options, int interruption) {
+targets::RemoteProgram Open(const TargetOptions& options) {
   const std::string& name = *options.remote;
   const auto address = targets::ReadRemoteAddress(name);
   if (!address) throw UsageError("there can be no stub at " + name);
   const auto connect = [&] {
     const auto deadline = targets::RemoteClock::now() + Timeout(options);
-    return std::make_unique<targets::RemoteSocket>(*address, name, deadline, interruption);
+    return std::make_unique<targets::RemoteSocket>(*address, name, deadline,
+                                                   Interruption::Descriptor());
   };
   using Leaving = targets::RemoteStub::Leaving;
   return {options.program, connect,
@@ -32,8 +33,8 @@ targets::RemoteProgram Open(const Options& options, int interruption) {
 
 }  // namespace
 
-RemoteTarget::RemoteTarget(const Options& options, int interruption)
-    : path_(options.program), stub_(*options.remote), program_(Open(options, interruption)) {}
+RemoteTarget::RemoteTarget(const TargetOptions& options)
+    : path_(options.program), stub_(*options.remote), program_(Open(options)) {}
 
 std::string RemoteTarget::Description() const {
   return "the target behind " + stub_ + ", as " + path_;

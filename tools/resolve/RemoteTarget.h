@@ -1,10 +1,12 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_REMOTETARGET_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_REMOTETARGET_H
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "targets/RemoteProgram.h"
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/Target.h"
 
 namespace tool {
@@ -12,9 +14,8 @@ namespace tool {
 /// A program that runs behind a gdb remote stub.
 class RemoteTarget final : public Target {
  public:
-  /// Of `options`: the program, where the stub listens, how long to wait for it, how to leave it. A
-  /// wait ends early when the descriptor `interruption` becomes readable; -1 for none.
-  explicit RemoteTarget(const Options& options, int interruption = -1);
+  /// Of `options`: the program, where the stub listens, how long to wait for it, how to leave it.
+  explicit RemoteTarget(const TargetOptions& options);
 
   [[nodiscard]] targets::LabelSource& Labels() override { return program_.Program(); }
   [[nodiscard]] targets::MemorySource& Memory() override { return program_.Memory(); }
@@ -32,6 +33,8 @@ class RemoteTarget final : public Target {
   std::string path_;
   std::string stub_;
   std::optional<std::string> file_;
+  /// Before what it interrupts, so that a signal is passed on after the stub has been left.
+  Interruption interruption_;
   targets::RemoteProgram program_;
 };
 
