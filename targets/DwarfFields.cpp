@@ -104,7 +104,7 @@ class FieldReader {
   void AddField(const Dwarf_Die& die, std::uint64_t outer) {
     const TypeRecord& type = types_.OfObject(die);
     const std::string name(file_.Name(die));
-    DataLableType field = Shape(type);
+    DataLableType field = FieldRecord(type);
     field.Name = name;
     std::uint64_t offset = outer;
     if (const std::optional<BitField> bitField = ReadBitField(die, type.size)) {
@@ -119,17 +119,6 @@ class FieldReader {
     result_.fields.push_back(std::move(field));
   }
 
-  /// A field of structure type holds its structure as its only member: with the inner fields in the
-  /// field itself, a search for an outer name would find them.
-  DataLableType Shape(const TypeRecord& type) const {
-    if (type.kind != TypeRecord::Kind::kStructure) return type.record;
-    DataLableType shell;
-    shell.Size = type.record.Size;
-    shell.PointerSize = type.record.PointerSize;
-    shell.Members.push_back(type.record);
-    return shell;
-  }
-
   std::optional<BitField> ReadBitField(const Dwarf_Die& die, std::uint64_t typeSize) const {
     const auto bits = file_.Unsigned(die, DW_AT_bit_size);
     if (!bits) return std::nullopt;
@@ -140,10 +129,7 @@ class FieldReader {
       result.unitOffset = Offset(die) + BytesIntoUnit(die, *bits, typeSize);
       return result;
     }
-    const std::uint64_t unitBits = typeSize * 8;
-    result.unitOffset = *first / unitBits * typeSize;
-    // A packed bit-field may cross the border between two units: then one that starts at its byte.
-    if (*first % unitBits + *bits > unitBits) result.unitOffset = *first / 8;
+    result.unitOffset = StorageUnitOffset(*first, *bits, typeSize);
     return result;
   }
 

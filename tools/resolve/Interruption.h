@@ -25,8 +25,7 @@ class Interruption {
   Interruption& operator=(const Interruption&) = delete;
   ~Interruption();
 
-  /// What can be read once a signal has come: for waits that are made elsewhere. It belongs to the
-  /// object, and nobody else reads from it. -1 without one.
+  /// Can be read once a signal has come; -1 without an interruption. Belongs to the interruption.
   static int Descriptor();
 
   /// Throws `Interrupted` when a signal has come.

@@ -12,13 +12,14 @@ namespace {
 
 constexpr const char* kDescription =
     "Resolves C-like expressions over the labels, types and memory of a program file,\n"
-    "a core dump, a running process or a target behind a gdb remote stub.";
+    "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
        resolve [OPTIONS] --pid PID EXPRESSION...
        resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
+       resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
 
@@ -38,13 +39,16 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
-  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
-  echo 'a[3]' | resolve prog -
   resolve --core core prog 'head->v'     a process that crashed
   resolve --remote :3333 prog ticks      a board, behind its debug server
+  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
+  resolve --memory 0x20000000=ram.bin prog state
+  resolve --describe board.toml state    a program that a text file describes
+  echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used, or its process ended, or its stub was lost.)";
+the command line or the program could not be used, its process ended, or its stub
+was lost.)";
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -62,6 +66,9 @@ struct Given {
   std::string core;
   std::string process;
   std::string remote;
+  std::string description;
+  std::vector<std::string> memory;
+  std::uint64_t wordSize = 0;
 };
 
 void AddNameOptions(CLI::App* app, Options* options, Given* given) {
@@ -132,32 +139,55 @@ void AddRemoteOptions(CLI::App* app, Options* options, Given* given) {
                 "With --remote: do not let the target go on at the end");
 }
 
+void AddMemoryOptions(CLI::App* app, Given* given) {
+  app->add_option("--describe", given->description,
+                  "A description in TOML takes the place of PROGRAM:\n"
+                  "all words are expressions (docs/DESCRIBE.md)")
+      ->type_name("FILE")
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid")
+      ->excludes("--remote");
+  app->add_option("--memory", given->memory,
+                  "[SPACE:]ADDRESS=FILE[@OFFSET[:LENGTH]]: lay the file\n"
+                  "over the memory there. Raw bytes, Intel HEX or\n"
+                  "S-records, by its name or beginning; the addresses\n"
+                  "of records are added to ADDRESS. Space 1 is what\n"
+                  "`#` reads. May be repeated")
+      ->type_name("REGION")
+      ->allow_extra_args(false);
+  app->add_option("--word-size", given->wordSize,
+                  "Bytes that `#` reads in space 1, from 1 to 8; the\n"
+                  "size of a pointer unless given")
+      ->type_name("N")
+      ->take_last();
+}
+
 void AddOptions(CLI::App* app, Options* options, Given* given) {
   AddNameOptions(app, options, given);
   AddCoreOptions(app, given);
   AddProcessOptions(app, options, given);
   AddRemoteOptions(app, options, given);
+  AddMemoryOptions(app, given);
   AddAnswerOptions(app, options);
   AddListings(app, options);
 }
 
-void TakeRemoteOptions(const CLI::App& app, Options* options, Given* given) {
-  if (app.count("--remote") == 0) {
-    if (app.count("--timeout") + app.count("--leave-stopped") > 0) {
-      throw UsageError("--timeout and --leave-stopped are about a stub, which --remote names");
+void CheckRemoteOptions(const CLI::App& app, const Options& options) {
+  for (const char* option : {"--timeout", "--leave-stopped"}) {
+    if (!options.remote && app.count(option) > 0) {
+      throw UsageError(std::string(option) + " is of no use without --remote");
     }
-    return;
   }
-  if (!targets::ReadRemoteAddress(given->remote)) {
-    throw UsageError("--remote takes HOST:PORT or the path of a socket, not '" + given->remote +
+  if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not '" + *options.remote +
                      "'");
   }
   // A day is as good as for ever, and no number that a clock could not take.
   constexpr double kLongest = 86400;
-  if (!(options->timeout > 0 && options->timeout <= kLongest)) {
+  if (!(options.timeout > 0 && options.timeout <= kLongest)) {
     throw UsageError("--timeout takes a number of seconds above 0, up to 86400");
   }
-  options->remote = std::move(given->remote);
 }
 
 void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
@@ -168,7 +198,18 @@ void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
   } else if (app.count("--stop") + app.count("--program") > 0) {
     throw UsageError("--stop and --program are about a process, which --pid names");
   }
-  TakeRemoteOptions(app, options, given);
+  if (app.count("--remote") > 0) options->remote = std::move(given->remote);
+  CheckRemoteOptions(app, *options);
+  if (app.count("--describe") > 0) options->description = std::move(given->description);
+  for (const std::string& region : given->memory) {
+    options->memory.push_back(targets::ReadRegionRequest(region));
+  }
+  if (app.count("--word-size") > 0) {
+    if (given->wordSize < 1 || given->wordSize > 8) {
+      throw UsageError("--word-size takes a number of bytes from 1 to 8");
+    }
+    options->wordSize = static_cast<std::uint32_t>(given->wordSize);
+  }
 }
 
 void DescribeCommand(CLI::App* app) {

@@ -1,7 +1,6 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_REMOTETARGET_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_REMOTETARGET_H
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,7 +13,8 @@ namespace tool {
 /// A program that runs behind a gdb remote stub.
 class RemoteTarget final : public Target {
  public:
-  /// Of `options`: the program, where the stub listens, how long to wait for it, how to leave it.
+  /// Of `options`: the program, where the stub listens, how long to wait for it, how to leave it. A
+  /// signal ends every wait, so that the target can be left in order.
   explicit RemoteTarget(const TargetOptions& options);
 
   [[nodiscard]] targets::LabelSource& Labels() override { return program_.Program(); }
@@ -30,11 +30,11 @@ class RemoteTarget final : public Target {
   void Reload() override;
 
  private:
+  /// First, so that the signal is passed on after the target has been left.
+  Interruption interruption_;
   std::string path_;
   std::string stub_;
   std::optional<std::string> file_;
-  /// Before what it interrupts, so that a signal is passed on after the stub has been left.
-  Interruption interruption_;
   targets::RemoteProgram program_;
 };
 
