@@ -80,6 +80,42 @@ TEST(Options, EndAtTheFirstExpressionOverAProcess) {
   EXPECT_THROW(ReadOptions({"--pid", "7", "--core", "core", "x"}), UsageError);
 }
 
+TEST(Options, NameAStub) {
+  const Options plain = Read({"prog", "x"});
+  EXPECT_FALSE(plain.remote || plain.leaveStopped);
+  EXPECT_EQ(plain.timeout, 5.0);
+  const Options all =
+      Read({"--remote", "[::1]:3333", "--timeout", "0.25", "--leave-stopped", "prog", "x"});
+  EXPECT_EQ(all.remote, "[::1]:3333");
+  EXPECT_EQ(all.timeout, 0.25);
+  EXPECT_TRUE(all.leaveStopped);
+  const std::string noUse = " is of no use without --remote";
+  const std::string seconds = "--timeout takes a number of seconds above 0, up to 86400";
+  const std::vector<std::pair<Words, std::string>> rows = {
+      {{"--timeout", "1", "prog", "x"}, "--timeout" + noUse},
+      {{"--leave-stopped", "prog", "x"}, "--leave-stopped" + noUse},
+      {{"--remote", "board", "prog", "x"},
+       "--remote takes HOST:PORT or the path of a socket, not 'board'"},
+      {{"--remote", ":1", "--timeout", "0", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "-1", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "nan", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "1e9", "prog", "x"}, seconds},
+      {{"--remote", ":1", "prog"}, "no expression is given"},
+      {{"--remote", ":1"}, "no program is named"},
+      {{"--remote", ":1", "--pid", "1", "x"}, "--pid excludes --remote"},
+      {{"--remote", ":1", "--core", "core", "x"}, "--core excludes --remote"},
+  };
+  for (const auto& [words, sentence] : rows) {
+    std::string said = "nothing was thrown";
+    try {
+      ReadOptions(words);
+    } catch (const UsageError& error) {
+      said = error.what();
+    }
+    EXPECT_EQ(said, sentence) << Joined(words);
+  }
+}
+
 TEST(Options, AreTakenFromBeforeTheProgram) {
   const Options plain = Read({"prog", "x"});
   EXPECT_FALSE(plain.verbose || plain.exact || plain.file.has_value());

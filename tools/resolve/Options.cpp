@@ -44,13 +44,15 @@ Examples:
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
   resolve --core core prog 'head->v'     a process that crashed
+  resolve --remote :3333 prog ticks      a board, behind its debug server
   resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   resolve --memory 0x20000000=ram.bin prog state
   resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used, or its process ended.)";
+the command line or the program could not be used, its process ended, or its stub
+was lost.)";
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -239,7 +241,8 @@ void CheckRemoteOptions(const CLI::App& app, const Options& options) {
     }
   }
   if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
-    throw UsageError("--remote takes HOST:PORT or the path of a socket, not " + *options.remote);
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not '" + *options.remote +
+                     "'");
   }
   // A day is as good as for ever, and no number that a clock could not take.
   constexpr double kLongest = 86400;
