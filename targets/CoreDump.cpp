@@ -77,15 +77,7 @@ CoreDump::CoreDump(const std::string& path, const std::optional<std::string>& pr
     : core_(path, ElfFile::Use::kCoreDump),
       notes_(ReadCoreNotes(core_)),
       memory_(core_, notes_.mappings) {
-  if (!notes_.hasProcess && notes_.mappings.empty() && !notes_.programHeaders) {
-    Unusable("the core dump " + Quoted(path) + " has no notes about its process");
-  }
-  if (memory_.CompleteSize() > core_.Contents().size()) {
-    warnings_.push_back("the core dump " + Quoted(path) + " is cut off: it has " +
-                        std::to_string(core_.Contents().size()) + " of " +
-                        std::to_string(memory_.CompleteSize()) +
-                        " bytes, and the rest counts as not saved");
-  }
+  CheckContents();
   std::vector<LoadedFile> files = FindLoadedFiles(notes_.mappings, memory_);
   const std::optional<LoadedFile> loaded = FindProgram(files);
   program_.path = program ? *program : FindProgramPath(loaded);
@@ -100,6 +92,26 @@ CoreDump::CoreDump(const std::string& path, const std::optional<std::string>& pr
   program_.end = loaded ? loaded->end : wrapped(program_.loadBias + file.HighestAddress()) + 1;
   if (loaded) program_.dynamicSection = loaded->dynamicSection;
   UseFiles(loaded, std::move(files));
+}
+
+void CoreDump::CheckContents() {
+  const std::string dump = "the core dump " + Quoted(core_.Path());
+  const std::uint64_t size = core_.Contents().size();
+  const GElf_Ehdr& header = core_.Header();
+  // Segments that the file has lost are not even counted by libelf.
+  const std::uint64_t table = std::uint64_t{header.e_phnum} * header.e_phentsize;
+  if (header.e_phoff > size || table > size - header.e_phoff) {
+    Unusable(dump + " is cut off: its table of segments is not complete");
+  }
+  const bool cut = memory_.CompleteSize() > size;
+  if (!notes_.hasProcess && notes_.mappings.empty() && !notes_.programHeaders && !notes_.entry) {
+    Unusable(dump + (cut ? " is cut off: it" : "") + " has no notes about its process");
+  }
+  if (cut) {
+    warnings_.push_back(dump + " is cut off: it has " + std::to_string(size) + " of " +
+                        std::to_string(memory_.CompleteSize()) +
+                        " bytes, and the rest counts as not saved");
+  }
 }
 
 std::optional<LoadedFile> CoreDump::FindProgram(const std::vector<LoadedFile>& files) const {

@@ -1,24 +1,23 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <array>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <string_view>
-#include <system_error>
+#include <memory>
 #include <utility>
+
+#include "tools/resolve/Words.h"
 
 namespace tool {
 namespace {
 
 constexpr const char* kDescription =
-    "Resolves C-like expressions over the labels, types and initial memory of a program,\n"
-    "or over what a core dump holds of a process.";
+    "Resolves C-like expressions over the labels, types and memory of a program file,\n"
+    "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
+       resolve [OPTIONS] --pid PID EXPRESSION...
        resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
@@ -39,13 +38,14 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
+  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   resolve --memory 0x20000000=ram.bin prog state
   resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
   resolve --core core prog 'head->v'     a process that crashed
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used.)";
+the command line or the program could not be used, or its process ended.)";
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -61,12 +61,13 @@ class HelpText : public CLI::Formatter {
 struct Given {
   std::string file;
   std::string core;
+  std::string process;
   std::string description;
   std::vector<std::string> memory;
   std::uint64_t wordSize = 0;
 };
 
-void AddOptions(CLI::App* app, Options* options, Given* given) {
+void AddNameOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("--file", given->file,
                   "Current source file: it chooses between statics of\n"
                   "one name, and the dialect; main's unless given")
@@ -77,13 +78,16 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "program; /usr/lib/debug unless given")
       ->type_name("DIR")
       ->take_last();
-  app->add_option("--core", given->core, "Take memory from this core dump of the program")
-      ->type_name("CORE")
-      ->take_last();
+}
+
+void AddAnswerOptions(CLI::App* app, Options* options) {
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
   app->add_flag("-v,--verbose", options->verbose, "Add size, signedness, address and memory space");
+}
+
+void AddListings(CLI::App* app, Options* options) {
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);
@@ -93,12 +97,35 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->excludes(labels);
 }
 
+void AddCoreOptions(CLI::App* app, Given* given) {
+  app->add_option("--core", given->core, "Take memory from this core dump of the program")
+      ->type_name("CORE")
+      ->take_last();
+}
+
+void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--pid", given->process,
+                  "Evaluate over the process of this number, as it\n"
+                  "runs; the program is the one that it runs")
+      ->type_name("PID")
+      ->take_last()
+      ->excludes("--core");
+  app->add_flag("--stop", options->stop, "Hold the process meanwhile; it goes on afterwards");
+  app->add_option("--program", options->program,
+                  "With --pid: where names and types come from, such\n"
+                  "as a copy of the program that was not stripped")
+      ->type_name("FILE")
+      ->take_last();
+}
+
 void AddMemoryOptions(CLI::App* app, Given* given) {
   app->add_option("--describe", given->description,
                   "A description in TOML takes the place of PROGRAM:\n"
                   "all words are expressions (docs/DESCRIBE.md)")
       ->type_name("FILE")
-      ->take_last();
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid");
   app->add_option("--memory", given->memory,
                   "[SPACE:]ADDRESS=FILE[@OFFSET[:LENGTH]]: lay the file\n"
                   "over the memory there. Raw bytes, Intel HEX or\n"
@@ -114,6 +141,15 @@ void AddMemoryOptions(CLI::App* app, Given* given) {
       ->take_last();
 }
 
+void AddOptions(CLI::App* app, Options* options, Given* given) {
+  AddNameOptions(app, options, given);
+  AddCoreOptions(app, given);
+  AddProcessOptions(app, options, given);
+  AddMemoryOptions(app, given);
+  AddAnswerOptions(app, options);
+  AddListings(app, options);
+}
+
 void TakeMemoryOptions(const CLI::App& app, Given* given, Options* options) {
   if (app.count("--describe") > 0) options->description = std::move(given->description);
   for (const std::string& region : given->memory) {
@@ -126,6 +162,16 @@ void TakeMemoryOptions(const CLI::App& app, Given* given, Options* options) {
   options->wordSize = static_cast<std::uint32_t>(given->wordSize);
 }
 
+void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
+  if (app.count("--file") > 0) options->file = std::move(given->file);
+  if (app.count("--core") > 0) options->core = std::move(given->core);
+  if (app.count("--pid") > 0) {
+    options->process = ReadProcessNumber(given->process);
+  } else if (app.count("--stop") + app.count("--program") > 0) {
+    throw UsageError("--stop and --program are about a process, which --pid names");
+  }
+}
+
 void DescribeCommand(CLI::App* app) {
   app->footer(kFooter);
   app->formatter(std::make_shared<HelpText>());
@@ -136,71 +182,6 @@ void DescribeCommand(CLI::App* app) {
   app->prefix_command();
 }
 
-bool IsElfFile(const std::string& path) {
-  std::error_code error;
-  if (!std::filesystem::is_regular_file(path, error)) return false;
-  constexpr std::string_view kMark = "\x7f\x45LF";
-  std::array<char, kMark.size()> start{};
-  std::ifstream file(path, std::ios::binary);
-  file.read(start.data(), start.size());
-  return file && std::string_view(start.data(), start.size()) == kMark;
-}
-
-/// What the words themselves say about whether the first of them is the program.
-enum class FirstWord { kIsProgram, kIsNoProgram, kMayBeEither };
-
-/// Takes a "--" out of `words`. `needsProgram`: the program cannot be left out.
-FirstWord TakeSeparator(bool needsProgram, std::vector<std::string>* words) {
-  const FirstWord unsaid = needsProgram ? FirstWord::kIsProgram : FirstWord::kMayBeEither;
-  // The library leaves options that it does not know among the words. They come first, since
-  // nothing behind the first word is taken for an option.
-  if (!words->empty() && words->front() == "--") {
-    words->erase(words->begin());
-    return needsProgram ? FirstWord::kIsProgram : FirstWord::kIsNoProgram;
-  }
-  if (!words->empty() && words->front().size() > 1 && words->front().front() == '-') {
-    throw UsageError("there is no option " + words->front());
-  }
-  if (words->size() > 1 && (*words)[1] == "--") {
-    words->erase(words->begin() + 1);
-    return FirstWord::kIsProgram;
-  }
-  return unsaid;
-}
-
-/// Moves the words that are no options into `options`.
-void TakeWords(std::vector<std::string> words, Options* options) {
-  const bool lists = options->task != Options::Task::kEvaluate;
-  if (options->core && options->description) {
-    throw UsageError("--describe takes the place of a program, and --core is about one");
-  }
-  const bool needsProgram = !options->core && !options->description;
-  FirstWord first = TakeSeparator(needsProgram, &words);
-  if (options->description) {
-    // Nothing can take its place, so that an expression is never looked up as a file.
-    first = FirstWord::kIsNoProgram;
-  } else if (words.empty() && !options->pattern.empty() &&
-             (needsProgram || IsElfFile(options->pattern))) {
-    // `--labels prog`: the word was not the pattern that it could have been.
-    words.push_back(std::move(options->pattern));
-    options->pattern.clear();
-  }
-  if (words.empty() && needsProgram) throw UsageError("no program is named");
-  if (first == FirstWord::kMayBeEither) {
-    const bool isProgram = lists || (words.size() > 1 && IsElfFile(words.front()));
-    first = isProgram ? FirstWord::kIsProgram : FirstWord::kIsNoProgram;
-  }
-  if (first == FirstWord::kIsProgram && !words.empty()) {
-    options->program = std::move(words.front());
-    words.erase(words.begin());
-  }
-  options->expressions = std::move(words);
-  if (lists && !options->expressions.empty()) {
-    throw UsageError("a listing takes no expressions; its pattern stands before the program");
-  }
-  if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
-}
-
 }  // namespace
 
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments) {
@@ -209,7 +190,6 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
-  AddMemoryOptions(&app, &given);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -219,10 +199,9 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (app.count("--file") > 0) options.file = std::move(given.file);
-  if (app.count("--core") > 0) options.core = std::move(given.core);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  TakeTargetOptions(app, &options, &given);
   TakeMemoryOptions(app, &given, &options);
   TakeWords(app.remaining(), &options);
   return options;
@@ -235,7 +214,6 @@ bool LooksLikeOption(const std::string& text) {
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
-  AddMemoryOptions(&app, &given);
   return app.get_option_no_throw(text.substr(0, text.find('='))) != nullptr;
 }
 

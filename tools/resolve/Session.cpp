@@ -8,6 +8,7 @@
 
 #include "tools/resolve/Complaint.h"
 #include "tools/resolve/ExpressionText.h"
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/LineReader.h"
 
 namespace tool {
@@ -45,6 +46,7 @@ void Session::RunStandardInput() {
 }
 
 void Session::RunOne(const std::string& expression) {
+  Interruption::Check();
   const Outcome outcome = evaluator_.Evaluate(expression);
   if (const auto* failure = std::get_if<Failure>(&outcome)) {
     status_ = kNotResolved;

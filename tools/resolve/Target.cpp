@@ -9,16 +9,29 @@
 #include "tools/resolve/DescribedTarget.h"
 #include "tools/resolve/FileTarget.h"
 #include "tools/resolve/OverlaidTarget.h"
+#include "tools/resolve/ProcessTarget.h"
 
 namespace tool {
 namespace {
 
-std::unique_ptr<Target> Open(const Options& options) {
+std::optional<std::string> Program(const TargetOptions& options) {
+  if (options.program.empty()) return std::nullopt;
+  return options.program;
+}
+
+std::unique_ptr<Target> OpenProcess(const TargetOptions& options) {
+  ProcessTarget::Choices choices;
+  choices.process = *options.process;
+  choices.program = Program(options);
+  choices.debugFolder = options.debugFolder;
+  choices.stop = options.stop;
+  return std::make_unique<ProcessTarget>(std::move(choices));
+}
+
+std::unique_ptr<Target> Open(const TargetOptions& options) {
+  if (options.process) return OpenProcess(options);
   if (options.core) {
-    return std::make_unique<CoreTarget>(
-        *options.core,
-        options.program.empty() ? std::nullopt : std::optional<std::string>(options.program),
-        options.debugFolder);
+    return std::make_unique<CoreTarget>(*options.core, Program(options), options.debugFolder);
   }
   const std::uint64_t highest = HighestAddressOf(options.memory);
   if (options.description) {
@@ -29,7 +42,7 @@ std::unique_ptr<Target> Open(const Options& options) {
 
 }  // namespace
 
-std::unique_ptr<Target> OpenTarget(const Options& options) {
+std::unique_ptr<Target> OpenTarget(const TargetOptions& options) {
   std::unique_ptr<Target> target = Open(options);
   if (!options.memory.empty() || options.wordSize) {
     target = std::make_unique<OverlaidTarget>(std::move(target), options.memory, options.wordSize);
