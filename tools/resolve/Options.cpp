@@ -1,7 +1,6 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdint>
 #include <memory>
 #include <utility>
 
@@ -38,11 +37,11 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
+  resolve --core core prog 'head->v'     a process that crashed
   resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   resolve --memory 0x20000000=ram.bin prog state
   resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
-  resolve --core core prog 'head->v'     a process that crashed
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used, or its process ended.)";
@@ -150,18 +149,6 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   AddListings(app, options);
 }
 
-void TakeMemoryOptions(const CLI::App& app, Given* given, Options* options) {
-  if (app.count("--describe") > 0) options->description = std::move(given->description);
-  for (const std::string& region : given->memory) {
-    options->memory.push_back(targets::ReadRegionRequest(region));
-  }
-  if (app.count("--word-size") == 0) return;
-  if (given->wordSize < 1 || given->wordSize > 8) {
-    throw UsageError("--word-size takes a number of bytes from 1 to 8");
-  }
-  options->wordSize = static_cast<std::uint32_t>(given->wordSize);
-}
-
 void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
   if (app.count("--file") > 0) options->file = std::move(given->file);
   if (app.count("--core") > 0) options->core = std::move(given->core);
@@ -169,6 +156,16 @@ void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
     options->process = ReadProcessNumber(given->process);
   } else if (app.count("--stop") + app.count("--program") > 0) {
     throw UsageError("--stop and --program are about a process, which --pid names");
+  }
+  if (app.count("--describe") > 0) options->description = std::move(given->description);
+  for (const std::string& region : given->memory) {
+    options->memory.push_back(targets::ReadRegionRequest(region));
+  }
+  if (app.count("--word-size") > 0) {
+    if (given->wordSize < 1 || given->wordSize > 8) {
+      throw UsageError("--word-size takes a number of bytes from 1 to 8");
+    }
+    options->wordSize = static_cast<std::uint32_t>(given->wordSize);
   }
 }
 
@@ -202,7 +199,6 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
   TakeTargetOptions(app, &options, &given);
-  TakeMemoryOptions(app, &given, &options);
   TakeWords(app.remaining(), &options);
   return options;
 }
