@@ -13,7 +13,7 @@ using targets::LabelKind;
 using targets::MemoryGap;
 using testing::IsEmpty;
 
-constexpr const char* kDescription = R"(
+constexpr const char* kDescription = R"toml(
 [target]
 pointer-size = 8
 byte-order = "little"
@@ -44,7 +44,7 @@ end = 0x4000
 [[memory]]
 address = 0x1000
 bytes = "000102030405060708090a0b0c0d0e0f 101112131415161718"
-)";
+)toml";
 
 TEST(Contract, DescribedProgramsKeepIt) {
   for (const std::uint64_t highest : {std::uint64_t{0}, ~std::uint64_t{0}}) {

@@ -245,7 +245,7 @@ TEST(DescribedProgram, FieldsLieWhereCCompilersPutThem) {
 }
 
 TEST(DescribedProgram, ShapesAreExact) {
-  DescribedProgram program(kTarget + R"(
+  DescribedProgram program(kTarget + R"toml(
 [typedef]
 node_t = "struct node"
 row = "short [3]"
@@ -261,45 +261,45 @@ inner = { address = 0x10c, type = "short" }
 f = { address = 0x200, type = "int (*)(char)" }
 s = 0x300
 main = { address = 0x400, type = "int (int)" }
-)",
+)toml",
                            "d.toml");
-const auto shape = [&](const char* name) -> const TypeShape& {
-  return *program.Shape(program.FindShape(name));
-};
-EXPECT_EQ(program.FindShape("nothing"), 0U);
-EXPECT_EQ(program.Shape(0), nullptr);
-EXPECT_EQ(program.Shape(100000), nullptr);
-EXPECT_EQ(shape("node_t").name, "node_t");
-EXPECT_EQ(shape("node_t").kind, TypeShape::Kind::kStructure);
-EXPECT_EQ(shape("node_t").size, 12U);
-EXPECT_EQ(shape("node_t").fields.size(), 2U);
-const TypeShape& rows = *program.Shape(shape("struct node").fields[1].type);
-EXPECT_EQ(rows.name, "row [1]");
-EXPECT_EQ(rows.size, 6U);
-EXPECT_EQ(rows.count, 1U);
-EXPECT_EQ(program.Shape(rows.target)->kind, TypeShape::Kind::kArray);
-EXPECT_EQ(program.Shape(shape("struct node").fields[0].type)->name, "node_t *");
-EXPECT_TRUE(shape("struct hidden").isIncomplete);
-EXPECT_TRUE(program.IsIncomplete("struct hidden"));
-EXPECT_EQ(shape("enum colour").enumerators[0].name, "RED") << "in the order of the file";
-EXPECT_EQ(shape("enum colour").enumerators[2].name, "BLUE");
-EXPECT_TRUE(shape("enum colour").isSigned);
-EXPECT_EQ(program.Shape(program.FindLabel("f")->type.TypeNumber)->name, "int (*)()");
-const auto place = [&](std::uint64_t address) {
-  const auto nearest = program.LabelAt(address);
-  return nearest ? nearest->name + "+" + std::to_string(nearest->offset) : "nothing";
-};
-EXPECT_EQ(place(0xff), "nothing");
-EXPECT_EQ(place(0x100), "n+0");
-EXPECT_EQ(place(0x10d), "inner+1");
-EXPECT_EQ(place(0x10e), "n+14");
-EXPECT_EQ(place(0x118), "nothing");
-EXPECT_EQ(place(0x301), "s+1");
-EXPECT_EQ(place(0x405), "main+5");
+  const auto shape = [&](const char* name) -> const TypeShape& {
+    return *program.Shape(program.FindShape(name));
+  };
+  EXPECT_EQ(program.FindShape("nothing"), 0U);
+  EXPECT_EQ(program.Shape(0), nullptr);
+  EXPECT_EQ(program.Shape(100000), nullptr);
+  EXPECT_EQ(shape("node_t").name, "node_t");
+  EXPECT_EQ(shape("node_t").kind, TypeShape::Kind::kStructure);
+  EXPECT_EQ(shape("node_t").size, 12U);
+  EXPECT_EQ(shape("node_t").fields.size(), 2U);
+  const TypeShape& rows = *program.Shape(shape("struct node").fields[1].type);
+  EXPECT_EQ(rows.name, "row [1]");
+  EXPECT_EQ(rows.size, 6U);
+  EXPECT_EQ(rows.count, 1U);
+  EXPECT_EQ(program.Shape(rows.target)->kind, TypeShape::Kind::kArray);
+  EXPECT_EQ(program.Shape(shape("struct node").fields[0].type)->name, "node_t *");
+  EXPECT_TRUE(shape("struct hidden").isIncomplete);
+  EXPECT_TRUE(program.IsIncomplete("struct hidden"));
+  EXPECT_EQ(shape("enum colour").enumerators[0].name, "RED") << "in the order of the file";
+  EXPECT_EQ(shape("enum colour").enumerators[2].name, "BLUE");
+  EXPECT_TRUE(shape("enum colour").isSigned);
+  EXPECT_EQ(program.Shape(program.FindLabel("f")->type.TypeNumber)->name, "int (*)()");
+  const auto place = [&](std::uint64_t address) {
+    const auto nearest = program.LabelAt(address);
+    return nearest ? nearest->name + "+" + std::to_string(nearest->offset) : "nothing";
+  };
+  EXPECT_EQ(place(0xff), "nothing");
+  EXPECT_EQ(place(0x100), "n+0");
+  EXPECT_EQ(place(0x10d), "inner+1");
+  EXPECT_EQ(place(0x10e), "n+14");
+  EXPECT_EQ(place(0x118), "nothing");
+  EXPECT_EQ(place(0x301), "s+1");
+  EXPECT_EQ(place(0x405), "main+5");
 }
 
 TEST(DescribedProgram, SmallMachinesHaveTheirOwnSizes) {
-  DescribedProgram program(R"(
+  DescribedProgram program(R"toml(
 [target]
 pointer-size = 2
 byte-order = "big"
@@ -316,7 +316,7 @@ bytes = "fffe 00010000 0010"
 space = 1
 address = 4
 bytes = [1, 2, 3, 4]
-)",
+)toml",
                            "d.toml");
   const std::vector<std::pair<const char*, const char*>> rows{
       {"i", "-2/2"},
