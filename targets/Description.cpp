@@ -216,10 +216,16 @@ class DescriptionReader {
 
   void ReadTarget(const Value& value) {
     Keys keys(result_, value.Table(), "`target`");
-    result_.pointerSize = static_cast<std::uint32_t>(keys.Need("pointer-size").Number(1, 8));
+    const Value pointerSize = keys.Need("pointer-size");
+    result_.pointerSize = static_cast<std::uint32_t>(pointerSize.Number(1, 8));
+    // Pointers below 8 bytes are fetched with 4.
+    if (result_.pointerSize > 4 && result_.pointerSize != 8) pointerSize.MustBe("1, 2, 3, 4 or 8");
     const Value order = keys.Need("byte-order");
     if (order.Text() != "little" && order.Text() != "big") order.MustBe("\"little\" or \"big\"");
     result_.order = order.Text() == "big" ? ByteOrder::kBig : ByteOrder::kLittle;
+    if (result_.order == ByteOrder::kBig && result_.pointerSize < 4) {
+      pointerSize.MustBe("4 or 8 where the byte order is big");
+    }
     result_.plainCharIsSigned = keys.Flag("char-is-signed", true);
     result_.largestAlignment = result_.pointerSize >= 4 ? 8 : std::bit_floor(result_.pointerSize);
     if (const auto most = keys.Find("largest-alignment")) {

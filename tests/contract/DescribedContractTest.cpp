@@ -25,8 +25,7 @@ fields = [
   { name = "text", type = "char [5]" },
   { name = "next", type = "node_t *" },
   { type = "union word" },
-  { name = "call", type = "void (*)(int)"
-},
+  { name = "call", type = "void (*)(int)" },
   { name = "rest", type = "int []" },
 ]
 [union.word]

@@ -51,6 +51,10 @@ TEST(DescribedProgram, EveryErrorNamesLineAndColumn) {
        "2:16: `pointer-size` of `target` must be a number from 1 to 8"},
       {"[target]\npointer-size = 4\nbyte-order = \"middle\"\n",
        "3:14: `byte-order` of `target` must be \"little\" or \"big\""},
+      {"[target]\npointer-size = 6\nbyte-order = \"big\"\n",
+       "2:16: `pointer-size` of `target` must be 1, 2, 3, 4 or 8"},
+      {"[target]\npointer-size = 2\nbyte-order = \"big\"\n",
+       "2:16: `pointer-size` of `target` must be 4 or 8 where the byte order is big"},
       {kTarget + "word-size = 0\n", "4:13: `word-size` of `target` must be a number from 1 to 8"},
       {kTarget + "largest-alignment = 3\n",
        "4:21: `largest-alignment` of `target` must be 1, 2, 4, 8 or 16"},
@@ -299,38 +303,62 @@ main = { address = 0x400, type = "int (int)" }
 }
 
 TEST(DescribedProgram, SmallMachinesHaveTheirOwnSizes) {
-  DescribedProgram program(R"toml(
+  for (const bool wide : {false, true}) {
+    const std::string size = wide ? "3" : "2";
+    const std::string pointer = wide ? "100000" : "1000";
+    DescribedProgram program(R"toml(
 [target]
-pointer-size = 2
-byte-order = "big"
+byte-order = "little"
 word-size = 3
 sizes = { double = 4 }
+pointer-size = )toml" + size + R"toml(
 [labels]
 i = { address = 0x10, type = "int" }
 l = { address = 0x12, type = "long" }
 p = { address = 0x16, type = "int *" }
+c = { address = 0x16, type = "char [2]" }
 [[memory]]
 address = 0x10
-bytes = "fffe 00010000 0010"
+bytes = "feff 00000100 )toml" + pointer +
+                                 R"toml( ffffffff"
 [[memory]]
 space = 1
 address = 4
 bytes = [1, 2, 3, 4]
 )toml",
-                           "d.toml");
-  const std::vector<std::pair<const char*, const char*>> rows{
-      {"i", "-2/2"},
-      {"l", "65536/4"},
-      {"*p", "-2/2"},
-      {"sizeof(int)", "2/8"},
-      {"sizeof(double)", "4/8"},
-      {"sizeof(int*)", "2/8"},
-      {"#4", "66051/3"},
-      {"#8", "error: Error occurred ! cannot read memory at 0x8 in space 1"},
-      {"*(int*)0x18", "error: Error occurred ! cannot read memory at 0x18"},
-  };
-  for (const auto& [expression, answer] : rows) {
-    EXPECT_EQ(Answer(program, expression), answer) << expression;
+                             "d.toml");
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"i", "-2/2"},
+        {"l", "65536/4"},
+        {"p", "16/" + size},
+        {"*p", "-2/2"},
+        {"*(p+1)", "0/2"},
+        {"c[0]", "16/1"},
+        {"sizeof(int)", "2/8"},
+        {"sizeof(double)", "4/8"},
+        {"sizeof(int*)", size + "/8"},
+        {"#4", "197121/3 #"},
+        {"#8", "error: Error occurred ! cannot read memory at 0x8 in space 1"},
+        {"*(int*)0x30", "error: Error occurred ! cannot read memory at 0x30"},
+    };
+    for (const auto& [expression, answer] : rows) {
+      EXPECT_EQ(Answer(program, expression), answer) << expression << ", pointers of " << size;
+    }
+  }
+}
+
+TEST(DescribedProgram, TheSecondSpaceHasWordsInBothByteOrders) {
+  for (const auto& [order, size, value] :
+       {std::tuple{"little", 2, "513/2 #"}, std::tuple{"big", 2, "258/2 #"},
+        std::tuple{"little", 3, "197121/3 #"}, std::tuple{"big", 3, "66051/3 #"},
+        std::tuple{"big", 1, "1/1 #"}, std::tuple{"big", 4, "16909060/4 #"},
+        std::tuple{"big", 8, "72623859790382856/8 #"}}) {
+    DescribedProgram program("[target]\npointer-size = 4\nbyte-order = \"" + std::string(order) +
+                                 "\"\nword-size = " + std::to_string(size) +
+                                 "\n[[memory]]\nspace = 1\naddress = 0\nbytes = "
+                                 "\"0102030405060708\"\n",
+                             "d.toml");
+    EXPECT_EQ(Answer(program, "#0"), value) << order << " " << size;
   }
 }
 
