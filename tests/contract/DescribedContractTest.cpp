@@ -48,7 +48,7 @@ bytes = "000102030405060708090a0b0c0d0e0f 101112131415161718"
 TEST(Contract, DescribedProgramsKeepIt) {
   for (const std::uint64_t highest : {std::uint64_t{0}, ~std::uint64_t{0}}) {
     targets::DescribedProgram program(kDescription, "d.toml", highest);
-    const KnownLabels known{{{"nodes", LabelKind::kVariable, 0x1000, true, 240},
+    const KnownLabels known{{{"nodes", LabelKind::kVariable, 0x1000, true, 192},
                              {"secret", LabelKind::kVariable, 0x2000, true, 8},
                              {"entry", LabelKind::kFunction, 0x3000, false, 0},
                              {"end", LabelKind::kSymbol, 0x4000, false, 0},

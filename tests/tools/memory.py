@@ -101,9 +101,9 @@ ROWS = [
     unusable(["--describe", "broken.toml", "x"], "broken.toml:4:<number>: <rest>"),
     unusable(["--describe", "latin.toml", "x"], "latin.toml:5:<number>: <rest>"),
     unusable(["--describe", "board.toml", "--core", "c", "x"],
-             "--describe excludes --core; see resolve --help"),
+             "--core excludes --describe; see resolve --help"),
     unusable(["--describe", "board.toml", "--pid", "1", "x"],
-             "--describe excludes --pid; see resolve --help"),
+             "--pid excludes --describe; see resolve --help"),
     # memory over it
     described("--memory", "0x20000010=patch", "table[0]", "table[1]", "table[2]",
               stdout="700\n800\n3\n"),
