@@ -12,6 +12,7 @@
 
 #include "targets/Error.h"
 #include "targets/Texts.h"
+#include "targets/TomlText.h"
 #include "targets/TypeNames.h"
 
 namespace targets {
@@ -412,7 +413,28 @@ void Description::Fail(const Spot& spot, const std::string& sentence) const {
                                             std::to_string(spot.column) + ": " + sentence);
 }
 
+namespace {
+
+/// Fails for what must not reach the parser.
+void CheckCharacters(std::string_view toml, const std::string& path) {
+  const std::optional<std::size_t> stray = FindStrayCharacter(toml);
+  if (!stray) return;
+  const std::string_view before = toml.substr(0, *stray);
+  Spot spot;
+  spot.line += static_cast<std::uint32_t>(std::count(before.begin(), before.end(), '\n'));
+  // Columns count characters; the bytes of one behind its first begin with the bits 10.
+  for (const char c : before.substr(before.rfind('\n') + 1)) {
+    if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80) ++spot.column;
+  }
+  Description description;
+  description.path = path;
+  description.Fail(spot, "a character beyond ASCII may stand in strings and comments only");
+}
+
+}  // namespace
+
 Description ReadDescription(std::string_view toml, const std::string& path) {
+  CheckCharacters(toml, path);
   try {
     const toml::table root = toml::parse(toml, std::string_view(path));
     return DescriptionReader(root, path).Read();
