@@ -257,6 +257,7 @@ Outcome Evaluator::Evaluate(std::string_view expression) {
   try {
     return Resolution(labels_, host_, std::move(text)).Run();
   } catch (const targets::Error& error) {
+    if (error.Code() == targets::ErrorCode::kTargetLost) throw;
     return Failure{error.what()};
   }
 }

@@ -4,6 +4,7 @@
 #include <memory>
 #include <utility>
 
+#include "targets/RemoteAddress.h"
 #include "tools/resolve/Words.h"
 
 namespace tool {
@@ -17,6 +18,7 @@ constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
        resolve [OPTIONS] --pid PID EXPRESSION...
+       resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
        resolve [OPTIONS] --describe FILE EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
@@ -61,6 +63,7 @@ struct Given {
   std::string file;
   std::string core;
   std::string process;
+  std::string remote;
   std::string description;
   std::vector<std::string> memory;
   std::uint64_t wordSize = 0;
@@ -117,6 +120,23 @@ void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
       ->take_last();
 }
 
+void AddRemoteOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--remote", given->remote,
+                  "Read the target behind a gdb remote stub, which\n"
+                  "listens there or on the Unix socket with that path")
+      ->type_name("HOST:PORT")
+      ->take_last()
+      ->excludes("--core")
+      ->excludes("--pid");
+  app->add_option("--timeout", options->timeout,
+                  "With --remote: how long each answer of the stub may\n"
+                  "take; 5 seconds unless given")
+      ->type_name("SECONDS")
+      ->take_last();
+  app->add_flag("--leave-stopped", options->leaveStopped,
+                "With --remote: do not let the target go on at the end");
+}
+
 void AddMemoryOptions(CLI::App* app, Given* given) {
   app->add_option("--describe", given->description,
                   "A description in TOML takes the place of PROGRAM:\n"
@@ -124,7 +144,8 @@ void AddMemoryOptions(CLI::App* app, Given* given) {
       ->type_name("FILE")
       ->take_last()
       ->excludes("--core")
-      ->excludes("--pid");
+      ->excludes("--pid")
+      ->excludes("--remote");
   app->add_option("--memory", given->memory,
                   "[SPACE:]ADDRESS=FILE[@OFFSET[:LENGTH]]: lay the file\n"
                   "over the memory there. Raw bytes, Intel HEX or\n"
@@ -144,9 +165,26 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   AddNameOptions(app, options, given);
   AddCoreOptions(app, given);
   AddProcessOptions(app, options, given);
+  AddRemoteOptions(app, options, given);
   AddMemoryOptions(app, given);
   AddAnswerOptions(app, options);
   AddListings(app, options);
+}
+
+void CheckRemoteOptions(const CLI::App& app, const Options& options) {
+  for (const char* option : {"--timeout", "--leave-stopped"}) {
+    if (!options.remote && app.count(option) > 0) {
+      throw UsageError(std::string(option) + " is of no use without --remote");
+    }
+  }
+  if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not " + *options.remote);
+  }
+  // A day is as good as for ever, and no number that a clock could not take.
+  constexpr double kLongest = 86400;
+  if (!(options.timeout > 0 && options.timeout <= kLongest)) {
+    throw UsageError("--timeout takes a number of seconds above 0, up to 86400");
+  }
 }
 
 void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
@@ -157,6 +195,8 @@ void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
   } else if (app.count("--stop") + app.count("--program") > 0) {
     throw UsageError("--stop and --program are about a process, which --pid names");
   }
+  if (app.count("--remote") > 0) options->remote = std::move(given->remote);
+  CheckRemoteOptions(app, *options);
   if (app.count("--describe") > 0) options->description = std::move(given->description);
   for (const std::string& region : given->memory) {
     options->memory.push_back(targets::ReadRegionRequest(region));

@@ -10,6 +10,7 @@
 #include "tools/resolve/FileTarget.h"
 #include "tools/resolve/OverlaidTarget.h"
 #include "tools/resolve/ProcessTarget.h"
+#include "tools/resolve/RemoteTarget.h"
 
 namespace tool {
 namespace {
@@ -30,6 +31,7 @@ std::unique_ptr<Target> OpenProcess(const TargetOptions& options) {
 
 std::unique_ptr<Target> Open(const TargetOptions& options) {
   if (options.process) return OpenProcess(options);
+  if (options.remote) return std::make_unique<RemoteTarget>(options);
   if (options.core) {
     return std::make_unique<CoreTarget>(*options.core, Program(options), options.debugFolder);
   }
