@@ -69,6 +69,7 @@ void Session::RunOne(const std::string& expression) {
     try {
       line = LineOf(answer);
     } catch (const targets::Error& error) {
+      if (error.Code() == targets::ErrorCode::kTargetLost) throw;
       outcome = Failure{error.what()};
     }
   }
