@@ -1,6 +1,7 @@
 #ifndef STRINGRESOLVER_RESOLVER_VALUETEXT_H
 #define STRINGRESOLVER_RESOLVER_VALUETEXT_H
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -24,11 +25,14 @@ float ReadFloat(std::string_view text);
 
 std::string WriteUnsigned(std::uint64_t value);
 
-/// Six significant digits, as in "0.333333" or "1e+10".
-std::string WriteFloating(double value);
-
 /// Writes the number in place of `*text`.
 void WriteUnsigned(std::uint64_t value, std::string* text);
+
+/// Writes the number into `*digits`, where the result lies.
+std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits);
+
+/// Writes six significant digits, as in "0.333333" or "1e+10", in place of `*text`.
+void WriteFloating(double value, std::string* text);
 
 /// Writes the block's live value into its text.
 void WriteValue(AreaBlock* block);
