@@ -7,6 +7,7 @@
 #include "resolver/BinaryRow.h"
 #include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
+#include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
 
 namespace {
@@ -121,7 +122,7 @@ std::size_t LengthOfOperator(int relation) {
 
 /// Reads that a binary row makes for a block before it looks at the operator.
 bool OwesRead(const AreaBlock& block) {
-  return block.Type.IsAddress || block.Type.IsArray;
+  return resolver::IsAddress(block) || block.Type.IsArray;
 }
 
 }  // namespace
@@ -137,7 +138,8 @@ bool TStringResolver::GetFirstLexicalBlockStartingFromPos(std::string_view text,
   return true;
 }
 
-bool TStringResolver::SolveBasicElement(std::string_view element) {
+/// As `SolveBasicElement`; the blocks that it leaves may owe texts and types.
+bool TStringResolver::SolveElement(std::string_view element) {
   elementFlag = false;
   spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
   const unsigned classes = resolver::ClassesOf(element);
@@ -148,7 +150,7 @@ bool TStringResolver::SolveBasicElement(std::string_view element) {
     block.AreaText = element;
     block.AfterText.clear();
     areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
-    return ZeroRaw(&block);
+    return EvaluateOperand(&block);
   }
   const bool mayHoldFences = element.find(resolver::kSubResultFence[0]) != std::string_view::npos;
   const bool mayHoldSubResults = (classes & resolver::kSubResultOrSpace) != 0;
@@ -167,7 +169,7 @@ bool TStringResolver::SolveBasicElement(std::string_view element) {
     if (!AddSpareBlock()) return false;
   }
   if (areaBlocks.empty()) return Fail("Missing an address in the string");
-  return ProcessBasicBlocksRelations(&areaBlocks);
+  return EvaluateBlocks(&areaBlocks);
 }
 
 /// Resets the first spare block; one is made when there is none. Blocks are kept for the elements
@@ -192,6 +194,8 @@ AreaBlock& TStringResolver::PrepareSpareBlock() {
   block.ValueKind = 0;
   block.FloatValue = 0.0F;
   block.DoubleValue = 0.0;
+  block.Owed = OwedText::kNone;
+  block.OwesPointer = false;
   return block;
 }
 
@@ -243,19 +247,20 @@ void TStringResolver::SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlo
   spareBlocks_.splice(spareBlocks_.begin(), *blocks, it);
 }
 
-bool TStringResolver::ProcessBasicBlocksRelations(std::list<AreaBlock>* blocks) {
+/// Links the blocks and runs the rows over them.
+bool TStringResolver::EvaluateBlocks(std::list<AreaBlock>* blocks) {
   blocks->front().Relation = kFirstBlock;
   std::uint32_t rows = 0;
   if (blocks->size() > 1 && !LinkBlocks(blocks, &rows)) return false;
   for (AreaBlock& block : *blocks) {
-    if (!ZeroRaw(&block)) return false;
+    if (!EvaluateOperand(&block)) return false;
   }
   if ((rows & kMemberRowBit) != 0 && !FoldMembers(blocks)) return false;
   for (AreaBlock& block : *blocks) {
     // Without operators the row would only write an operand's value once more.
     const bool plain = block.BeforeText.empty() && block.AfterText.empty() &&
                        block.ValueKind == 0 && !block.IsMemberName;
-    if (!plain && !SecondRaw(&block)) return false;
+    if (!plain && !ApplyPrefixes(&block)) return false;
   }
   return FoldOperators(blocks, rows);
 }
@@ -280,7 +285,7 @@ bool TStringResolver::FoldMembers(std::list<AreaBlock>* blocks) {
   auto right = std::next(left);
   while (right != blocks->end()) {
     const int relation = static_cast<int>(right->Relation);
-    const int result = FirstRaw(&*left, &*right, relation, kMemberAccessRow);
+    const int result = FoldMember(&*left, &*right, relation, kMemberAccessRow);
     if (result == kPairFailed) return false;
     if (result == kPairFolded) {
       SpareBlock(blocks, right);
@@ -310,7 +315,7 @@ bool TStringResolver::FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t 
       const int relation = static_cast<int>(right->Relation);
       const bool own = resolver::RowOf(right->Relation) == row;
       const int result = own || OwesRead(*left) || OwesRead(*right)
-                             ? ThirdRawRaw(&*left, &*right, relation, row)
+                             ? FoldBinary(&*left, &*right, relation, row)
                              : kPairNotMine;
       if (result == kPairFailed) return false;
       if (result == kPairFolded) {

@@ -4,6 +4,7 @@
 
 #include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
+#include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
 
@@ -21,7 +22,7 @@ bool IsFloatingLiteral(const std::string& text) {
 
 }  // namespace
 
-bool TStringResolver::ZeroRaw(AreaBlock* block) {
+bool TStringResolver::EvaluateOperand(AreaBlock* block) {
   block->MemberBlock = nullptr;
   block->ReferenceLevel = -1;
   block->MemorySpace = 0;
@@ -49,8 +50,9 @@ bool TStringResolver::ZeroRaw(AreaBlock* block) {
     RegisterType(&typeText);
     block->Type.Assign(savedTypes.back());
     block->HasCastType = true;
+    block->OwesPointer = false;
   }
-  return SolveSquareBracets(block);
+  return IndexBlock(block);
 }
 
 /// Makes a dereference of every mark of the second memory space.
@@ -87,11 +89,13 @@ void TStringResolver::TypeOperand(AreaBlock* block) {
   const bool labelTyped = parentInterface->LabelTyped;
   if (!block->HasCastType) {
     if (labelTyped) {
-      block->Type.PointTo(parentInterface->LabelType);
+      block->Type.Assign(parentInterface->LabelType);
+      resolver::OwePointer(block);
     } else {
       block->Type.Assign(defaultType);
     }
     block->HasCastType = true;
+  } else if (labelTyped) {
+    block->Type.IsAddress = true;
   }
-  if (labelTyped) block->Type.IsAddress = true;
 }

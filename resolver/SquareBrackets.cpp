@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
-#include "resolver/ValueText.h"
 
 namespace {
 
@@ -127,9 +127,10 @@ bool TStringResolver::SplitSubscripts(AreaBlock* block) {
   return true;
 }
 
-bool TStringResolver::SolveSquareBracets(AreaBlock* block) {
+/// Applies the subscripts in the block's `AfterText`.
+bool TStringResolver::IndexBlock(AreaBlock* block) {
   if (!block->AfterText.empty() && !ApplySubscripts(block)) return false;
-  resolver::WriteValue(block);
+  resolver::OweValue(block);
   return true;
 }
 
@@ -140,15 +141,14 @@ bool TStringResolver::ApplySubscripts(AreaBlock* block) {
   if (!SolveSubscripts(&block->AfterText, &subscripts)) return false;
   if (subscripts.Count() == 0) return true;
   // A read that is refused leaves the block's own address, and the subscripts are applied to that.
-  if (block->Type.IsAddress) ReadThroughAddress(block);
+  if (resolver::IsAddress(*block)) ReadThroughAddress(block);
   for (std::size_t i = 0; i < subscripts.Count(); ++i) {
     if (i > 0) ReadThroughAddress(block);
     const DataLableType& type = block->Type;
     const std::uint32_t elementSize = type.IsArray ? FirstMember(type).Size : type.Size;
     block->Value += subscripts[i] * elementSize;
   }
-  block->Type.PointTo(block->Type);
-  block->Type.IsAddress = true;
+  resolver::OwePointer(block);
   block->ReferenceLevel = -1;
   return true;
 }

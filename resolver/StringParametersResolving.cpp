@@ -4,10 +4,12 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "resolver/CharacterClass.h"
 #include "resolver/GapText.h"
 #include "resolver/Markers.h"
+#include "resolver/Owed.h"
 #include "resolver/SizeMask.h"
 #include "resolver/ValueText.h"
 
@@ -114,20 +116,6 @@ void GroupSubscripts(std::string_view text, resolver::GapText* grouped) {
   grouped->PutBefore(text.substr(copied));
 }
 
-/// The block as far as a read of its object needs it.
-AreaBlock BlockToRead(const AreaBlock& block) {
-  AreaBlock read;
-  read.ReferenceLevel = block.ReferenceLevel;
-  read.MemorySpace = block.MemorySpace;
-  read.Value = block.Value;
-  read.Type.Assign(block.Type);
-  read.HasCastType = block.HasCastType;
-  read.ValueKind = block.ValueKind;
-  read.FloatValue = block.FloatValue;
-  read.DoubleValue = block.DoubleValue;
-  return read;
-}
-
 }  // namespace
 
 /// What holds during a resolution only.
@@ -138,8 +126,11 @@ class TStringResolver::Resolution {
   }
   Resolution(const Resolution&) = delete;
   Resolution& operator=(const Resolution&) = delete;
+  void Finish() { finished_ = true; }
   ~Resolution() {
     resolver_->finger_ = nullptr;
+    // Something was thrown; what the blocks owe will not be written.
+    if (!finished_) resolver_->areaBlocks.clear();
     // One long text must not hold its memory for the object's life.
     if (resolver_->text_.capacity() > kKeptText) std::string().swap(resolver_->text_);
     auto& spare = resolver_->spareBlocks_;
@@ -153,6 +144,7 @@ class TStringResolver::Resolution {
   // Positions are looked up near each other while a text is reduced; between two resolutions a
   // derived class may change the list.
   SavedTypeFinger finger_;
+  bool finished_ = false;
 };
 
 TStringResolver::TStringResolver(TParrentInterface* parent) : parentInterface(parent) {
@@ -166,7 +158,14 @@ TStringResolver::TStringResolver(TParrentInterface* parent) : parentInterface(pa
 }
 
 bool TStringResolver::SolveStringOfElements(std::string_view expression) {
-  const Resolution scope(this);
+  Resolution scope(this);
+  const bool solved = Resolve(expression);
+  for (AreaBlock& block : areaBlocks) resolver::WriteOwed(&block);
+  scope.Finish();
+  return solved;
+}
+
+bool TStringResolver::Resolve(std::string_view expression) {
   text_ = expression;
   const unsigned classes = resolver::ClassesOf(text_);
   // A keyword is marked at the blank before it.
@@ -182,7 +181,7 @@ bool TStringResolver::SolveStringOfElements(std::string_view expression) {
     element = grouped.Join();
   }
   if (element.empty()) return false;
-  return SolveBasicElement(element) && StoreResult(areaBlocks.front());
+  return SolveElement(element) && StoreResult(&areaBlocks.front());
 }
 
 /// Replaces `sizeof` of a type by its size, and any other by the unary mark. False, without a
@@ -253,10 +252,12 @@ bool TStringResolver::SolveGroup(resolver::GapText* text, std::size_t close, boo
     text->PutBehind(cast);
     return true;
   }
-  if (!SolveBasicElement(group)) return false;
+  if (!SolveElement(group)) return false;
   AreaBlock& result = areaBlocks.front();
+  resolver::WriteOwed(&result);
   if (result.ValueKind != 0) CheckFloatingPointStr(&result.AreaText);
-  savedTypes.push_back(result.Type);
+  // The block is done with.
+  savedTypes.emplace_back(std::move(result.Type));
   const bool joins =
       outermost && result.ValueKind == 0 && result.MemorySpace == 0 &&
       IsFirstSubscript(text->Before(), text->Behind().substr(close + 1), delimiterClass_);
@@ -275,53 +276,80 @@ bool TStringResolver::SolveGroup(resolver::GapText* text, std::size_t close, boo
   return true;
 }
 
-/// Reads what the last element's block still owes and fills the result fields from it. The block
-/// itself stays as it is: its type says what the text denotes.
-bool TStringResolver::StoreResult(const AreaBlock& element) {
+/// Fills the result fields from the last element's block, after the reads that it still owes. The
+/// block itself stays as it is: its type says what the text denotes.
+bool TStringResolver::StoreResult(AreaBlock* element) {
+  const std::uint64_t integer = resolver::IntegerOf(*element);
   // Hosts treat this field as a 32-bit address.
-  resultAddress = static_cast<std::uint32_t>(resolver::ReadUnsigned(element.AreaText));
-  resultMemorySpace = element.MemorySpace != 0;
-  if (!element.Type.IsAddress && !element.Type.IsArray) {
-    return StoreValue(element, resolver::ReadUnsigned(element.AreaText));
+  resultAddress = static_cast<std::uint32_t>(integer);
+  resultMemorySpace = element->MemorySpace != 0;
+  if (resolver::IsAddress(*element) || element->Type.IsArray) return StoreObject(*element);
+  const DataLableType& type = element->Type;
+  if (!StoreSize(*element, type)) return false;
+  if (element->ValueKind == 0) {
+    StoreInteger(integer, type.IsSigned);
+  } else if (type.IsDouble) {
+    StoreFloating(static_cast<float>(std::bit_cast<double>(integer)));
+  } else if (type.IsFloat) {
+    StoreFloating(std::bit_cast<float>(static_cast<std::uint32_t>(integer)));
+  } else {
+    resolver::WriteOwedText(element);
+    std::string text = element->AreaText;
+    RestoreFloatingPointStr(&text);
+    StoreFloating(resolver::ReadFloat(text));
   }
-  AreaBlock read = BlockToRead(element);
-  if (read.Type.IsAddress && !ReadObject(&read)) return Fail("Error occurred");
-  while (read.Type.IsArray) {
-    if (!ReadObject(&read)) return Fail("Error occurred");
-  }
-  if (read.ValueKind != 0) resolver::WriteValue(&read);
-  return StoreValue(read, read.Value);
+  return true;
 }
 
-/// Fills the result fields from a block that owes no read. `integer` is the number that its text
-/// begins with, as far as it has no floating value.
-bool TStringResolver::StoreValue(const AreaBlock& result, std::uint64_t integer) {
-  const DataLableType& type = result.Type;
+/// Reads the object at the block's address, through as many arrays as lie between, and fills the
+/// result fields from it.
+bool TStringResolver::StoreObject(const AreaBlock& location) {
+  Location at{location.Value, location.MemorySpace, location.ValueKind, location.FloatValue,
+              location.DoubleValue};
+  const DataLableType* object = &location.Type;
+  std::string text;
+  bool isRead = false;
+  if (location.OwesPointer) {
+    at.value &= resolver::SizeMask(object->PointerSize);
+    if (!ReadLocation(*object, &at, &text)) return Fail("Error occurred");
+    isRead = true;
+  }
+  while (!isRead || object->IsArray) {
+    at.value &= resolver::SizeMask(object->Size);
+    object = &ObjectType(*object);
+    if (!ReadLocation(*object, &at, &text)) return Fail("Error occurred");
+    isRead = true;
+  }
+  if (!StoreSize(location, *object)) return false;
+  if (at.kind == 0) {
+    StoreInteger(at.value, object->IsSigned);
+  } else {
+    resolver::WriteFloating(at.kind == 1 ? static_cast<double>(at.single) : at.full, &text);
+    StoreFloating(resolver::ReadFloat(text));
+  }
+  return true;
+}
+
+/// The size of a result of this type. False for none at all.
+bool TStringResolver::StoreSize(const AreaBlock& result, const DataLableType& type) {
   if (result.HasCastType && type.Size == 0) return Fail("Error occurred");
   resultSize = result.HasCastType ? type.Size : 8;
-  if (result.ValueKind == 0) {
-    const std::uint64_t mask = resolver::SizeMask(resultSize);
-    resultValue = integer & mask;
-    resultNegative = type.IsSigned && (resolver::FromSignBit(resultValue, resultSize) & 1) != 0;
-    if (resultNegative) resultValue = (0 - resultValue) & mask;
-    resultFloating = false;
-    return true;
-  }
-  if (type.IsDouble) {
-    const auto bits = resolver::ReadUnsigned(result.AreaText);
-    resultFloat = static_cast<float>(std::bit_cast<double>(bits));
-  } else if (type.IsFloat) {
-    const auto bits = static_cast<std::uint32_t>(resolver::ReadUnsigned(result.AreaText));
-    resultFloat = std::bit_cast<float>(bits);
-  } else {
-    std::string text = result.AreaText;
-    RestoreFloatingPointStr(&text);
-    resultFloat = resolver::ReadFloat(text);
-  }
-  resultValue = resolver::TruncateToUnsigned(static_cast<double>(resultFloat));
+  return true;
+}
+
+void TStringResolver::StoreInteger(std::uint64_t integer, bool isSigned) {
+  const std::uint64_t mask = resolver::SizeMask(resultSize);
+  resultValue = integer & mask;
+  resultNegative = isSigned && (resolver::FromSignBit(resultValue, resultSize) & 1) != 0;
+  if (resultNegative) resultValue = (0 - resultValue) & mask;
+  resultFloating = false;
+}
+
+void TStringResolver::StoreFloating(float value) {
+  resultFloat = value;
+  resultValue = resolver::TruncateToUnsigned(static_cast<double>(value));
   resultNegative = false;
   resultFloating = true;
-  return true;
 }
 
 bool TStringResolver::Fail(std::string_view message) {
@@ -338,8 +366,4 @@ bool TStringResolver::Fail(std::string_view message, std::string_view detail) {
 /// The pointee of a pointer, the element of an array; the default type where the host names none.
 const DataLableType& TStringResolver::FirstMember(const DataLableType& type) const {
   return type.Members.empty() ? defaultType : type.Members.front();
-}
-
-void TStringResolver::ReplaceByFirstMember(DataLableType* type) {
-  type->Assign(FirstMember(*type));
 }

@@ -160,6 +160,14 @@ class TStringResolver {
     std::array<char, 21> withParentheses{};
     std::array<char, 19> without{};
   };
+  /// An address with the object that is read from it.
+  struct Location {
+    std::uint64_t value;
+    std::uint8_t space;
+    std::uint32_t kind;
+    float single;
+    double full;
+  };
   class Subscripts;
   class Resolution;
 
@@ -167,12 +175,16 @@ class TStringResolver {
   bool RewriteSizeofs(std::string* text);
   bool SolveGroups(resolver::GapText* text);
   bool SolveGroup(resolver::GapText* text, std::size_t close, bool outermost);
-  bool StoreResult(const AreaBlock& element);
-  bool StoreValue(const AreaBlock& result, std::uint64_t integer);
+  bool Resolve(std::string_view expression);
+  bool SolveElement(std::string_view element);
+  bool StoreResult(AreaBlock* element);
+  bool StoreObject(const AreaBlock& location);
+  bool StoreSize(const AreaBlock& result, const DataLableType& type);
+  void StoreInteger(std::uint64_t integer, bool isSigned);
+  void StoreFloating(float value);
   bool Fail(std::string_view message);
   bool Fail(std::string_view message, std::string_view detail);
   [[nodiscard]] const DataLableType& FirstMember(const DataLableType& type) const;
-  void ReplaceByFirstMember(DataLableType* type);
   DataLableType DescribeType(std::string* name, bool* unknown);
   const DataLableType* SavedType(std::uint64_t position);
 
@@ -180,9 +192,18 @@ class TStringResolver {
   bool TakeSavedTypes(AreaBlock* block);
   bool AddSpareBlock();
   void SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlock>::iterator it);
+  bool EvaluateBlocks(std::list<AreaBlock>* blocks);
   bool LinkBlocks(std::list<AreaBlock>* blocks, std::uint32_t* rows);
   bool FoldMembers(std::list<AreaBlock>* blocks);
   bool FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t rows);
+
+  // The rows, between which blocks may owe what `Owed.h` says; the steps above write it.
+  bool EvaluateOperand(AreaBlock* block);
+  int FoldMember(AreaBlock* left, AreaBlock* right, int relation, int row);
+  bool ApplyPrefixes(AreaBlock* block);
+  int FoldBinary(AreaBlock* left, AreaBlock* right, int relation, int row);
+  bool IndexBlock(AreaBlock* block);
+  bool SelectMember(AreaBlock* block);
 
   void MoveToSecondSpace(AreaBlock* block);
   bool LookUpLabel(AreaBlock* block);
@@ -193,7 +214,7 @@ class TStringResolver {
   bool SolveSubscript(std::string_view group, Subscripts* subscripts);
   bool SolveSubscripts(std::string* text, Subscripts* subscripts);
   bool SearchMembers(const DataLableType& type, const std::string& name, DataLableType* found);
-  void MergeTypes(AreaBlock* left, const AreaBlock* right);
+  void MergeTypes(AreaBlock* left, AreaBlock* right);
 
   bool Settle(AreaBlock* block);
   bool ReadPending(AreaBlock* block);
@@ -207,7 +228,8 @@ class TStringResolver {
   bool ScalePointerOffset(AreaBlock* left, AreaBlock* right, std::uint64_t* leftValue,
                           std::uint64_t* rightValue);
 
-  bool ReadObject(AreaBlock* block);
+  [[nodiscard]] const DataLableType& ObjectType(const DataLableType& location) const;
+  bool ReadLocation(const DataLableType& object, Location* at, std::string* text);
   bool ReadThroughAddress(AreaBlock* block);
 
   DelimiterSets delimiterSets_;

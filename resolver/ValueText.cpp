@@ -180,16 +180,21 @@ std::string_view WriteFixedPoint(double value, std::array<char, 32>* buffer) {
 
 }  // namespace
 
-std::uint64_t ReadUnsigned(std::string_view text) {
-  // Nearly every text is a number that was written here, and short enough not to overflow.
+bool ReadDigits(std::string_view text, std::uint64_t* value) {
+  // As many cannot overflow.
   constexpr std::size_t kSafeDigits = 19;
-  std::uint64_t plain = 0;
-  std::size_t digits = 0;
-  for (; digits < text.size() && IsDigit(text[digits]); ++digits) {
-    plain = plain * 10 + static_cast<std::uint64_t>(text[digits] - '0');
+  if (text.empty() || text.size() > kSafeDigits) return false;
+  std::uint64_t read = 0;
+  for (const char c : text) {
+    if (!IsDigit(c)) return false;
+    read = read * 10 + static_cast<std::uint64_t>(c - '0');
   }
-  if (digits > 0 && digits <= kSafeDigits) return plain;
+  *value = read;
+  return true;
+}
 
+std::uint64_t ReadUnsigned(std::string_view text) {
+  if (std::uint64_t plain = 0; ReadDigits(text, &plain)) return plain;
   text = SkipWhiteSpace(text);
   const bool negative = TakeSign(&text);
   std::uint64_t value = 0;
@@ -242,16 +247,6 @@ void WriteFloating(double value, std::string* text) {
   const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                           std::chars_format::general, kSignificantDigits);
   text->assign(buffer.data(), end);
-}
-
-void WriteValue(AreaBlock* block) {
-  if (block->ValueKind == 0) {
-    WriteUnsigned(block->Value, &block->AreaText);
-  } else {
-    WriteFloating(
-        block->ValueKind == 1 ? static_cast<double>(block->FloatValue) : block->DoubleValue,
-        &block->AreaText);
-  }
 }
 
 std::uint64_t TruncateToUnsigned(double value) {

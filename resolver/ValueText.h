@@ -6,8 +6,6 @@
 #include <string>
 #include <string_view>
 
-#include "model/AreaBlock.h"
-
 namespace resolver {
 
 // Numbers to text and back: what a string stream in the classic locale gives, whatever the
@@ -17,6 +15,10 @@ namespace resolver {
 /// A decimal number, possibly signed: "-1" is 2^64 - 1. One too large for 64 bits reads as 2^64 -
 /// 1.
 std::uint64_t ReadUnsigned(std::string_view text);
+
+/// Reads a text that is nothing but a few digits, as nearly every number that is written here;
+/// false for any other.
+bool ReadDigits(std::string_view text, std::uint64_t* value);
 
 /// A decimal floating number. One too large reads as the largest finite one; "inf", "nan" and an
 /// exponent without digits read as 0.
@@ -33,9 +35,6 @@ std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits
 
 /// Writes six significant digits, as in "0.333333" or "1e+10", in place of `*text`.
 void WriteFloating(double value, std::string* text);
-
-/// Writes the block's live value into its text.
-void WriteValue(AreaBlock* block);
 
 /// Truncates toward zero. NaN gives 0; a negative value its two's complement, at or below -2^63 the
 /// pattern of -2^63; a value at or above 2^64 gives all ones.
