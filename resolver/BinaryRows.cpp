@@ -35,8 +35,8 @@ std::uint64_t ExtendSign(std::uint64_t value) {
 }
 
 /// Does the operator look at the integer view of a floating operand? What the others make of it is
-/// no part of their floating result; only an offset that is added to a pointer may turn out to be no
-/// floating value after all.
+/// no part of their floating result; only an offset that is added to a pointer may turn out to be
+/// no floating value after all.
 bool LooksAtIntegers(int relation, const AreaBlock& left, const AreaBlock& right) {
   switch (relation) {
     case kMultiply:

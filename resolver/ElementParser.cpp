@@ -7,6 +7,7 @@
 #include "resolver/BinaryRow.h"
 #include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
+#include "resolver/Operators.h"
 #include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
 
@@ -66,60 +67,6 @@ bool TakeLexicalBlock(std::string_view text, unsigned delimiters, unsigned long*
   return true;
 }
 
-/// The operator that `text` begins with; two characters win over the first of them.
-RelationCode OperatorOf(std::string_view text) {
-  const char first = text.empty() ? '\0' : text[0];
-  const char second = text.size() > 1 ? text[1] : '\0';
-  switch (first) {
-    case '.':
-      return kMember;
-    case '+':
-      return kAdd;
-    case '-':
-      return second == '>' ? kPointerMember : kSubtract;
-    case '*':
-      return kMultiply;
-    case '/':
-      return kDivide;
-    case '%':
-      return kRemainder;
-    case '<':
-      return second == '<' ? kShiftLeft : second == '=' ? kLessOrEqual : kLess;
-    case '>':
-      return second == '>' ? kShiftRight : second == '=' ? kGreaterOrEqual : kGreater;
-    case '=':
-      return second == '=' ? kEqual : kNoOperator;
-    case '!':
-      return second == '=' ? kNotEqual : kNoOperator;
-    case '&':
-      return second == '&' ? kLogicalAnd : kBitAnd;
-    case '|':
-      return second == '|' ? kLogicalOr : kBitOr;
-    case '^':
-      return kBitXor;
-    default:
-      return kNoOperator;
-  }
-}
-
-/// How many characters an operator between two operands has.
-std::size_t LengthOfOperator(int relation) {
-  switch (relation) {
-    case kPointerMember:
-    case kShiftLeft:
-    case kShiftRight:
-    case kLessOrEqual:
-    case kGreaterOrEqual:
-    case kEqual:
-    case kNotEqual:
-    case kLogicalAnd:
-    case kLogicalOr:
-      return 2;
-    default:
-      return 1;
-  }
-}
-
 /// Reads that a binary row makes for a block before it looks at the operator.
 bool OwesRead(const AreaBlock& block) {
   return resolver::IsAddress(block) || block.Type.IsArray;
@@ -142,22 +89,21 @@ bool TStringResolver::GetFirstLexicalBlockStartingFromPos(std::string_view text,
 bool TStringResolver::SolveElement(std::string_view element) {
   elementFlag = false;
   spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
-  const unsigned classes = resolver::ClassesOf(element);
-  if (classes == 0 && !element.empty()) {
-    // One operand without operators, a name or a number.
-    AreaBlock& block = PrepareSpareBlock();
-    block.BeforeText.clear();
-    block.AreaText = element;
-    block.AfterText.clear();
-    areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
-    return EvaluateOperand(&block);
-  }
+  std::uint32_t rows = 0;
+  if (CutPlainElement(element, &rows)) return RunRows(&areaBlocks, rows);
+  spareBlocks_.splice(spareBlocks_.begin(), areaBlocks);
+  return CutElement(element) && EvaluateBlocks(&areaBlocks);
+}
+
+/// Cuts any element into `areaBlocks`, or says what is wrong with it.
+bool TStringResolver::CutElement(std::string_view element) {
   const bool mayHoldFences = element.find(resolver::kSubResultFence[0]) != std::string_view::npos;
-  const bool mayHoldSubResults = (classes & resolver::kSubResultOrSpace) != 0;
+  const bool mayHoldSubResults = element.find(resolver::kSubResultOpen) != std::string_view::npos;
   unsigned long position = 0;
   LexicalBlock lexical;
   while (TakeLexicalBlock(element, delimiterClass_, &position, &lexical)) {
     AreaBlock& block = PrepareSpareBlock();
+    block.Type.Assign(defaultType);
     block.BeforeText = lexical.before;
     block.AreaText = lexical.area;
     block.AfterText = lexical.after;
@@ -169,11 +115,12 @@ bool TStringResolver::SolveElement(std::string_view element) {
     if (!AddSpareBlock()) return false;
   }
   if (areaBlocks.empty()) return Fail("Missing an address in the string");
-  return EvaluateBlocks(&areaBlocks);
+  return true;
 }
 
-/// Resets the first spare block; one is made when there is none. Blocks are kept for the elements
-/// to come, so a resolution allocates no more of them than its longest element has.
+/// Resets the first spare block, but for its texts and type; one is made when there is none. Blocks
+/// are kept for the elements to come, so a resolution allocates no more of them than its longest
+/// element has.
 AreaBlock& TStringResolver::PrepareSpareBlock() {
   if (spareBlocks_.empty()) {
     AreaBlock& made = spareBlocks_.emplace_back();
@@ -188,7 +135,6 @@ AreaBlock& TStringResolver::PrepareSpareBlock() {
   block.Relation = kFirstBlock;
   block.MemberBlock = nullptr;
   block.IsConsumed = false;
-  block.Type.Assign(defaultType);
   block.CastType.Assign(defaultType);
   block.HasCastType = false;
   block.ValueKind = 0;
@@ -252,6 +198,11 @@ bool TStringResolver::EvaluateBlocks(std::list<AreaBlock>* blocks) {
   blocks->front().Relation = kFirstBlock;
   std::uint32_t rows = 0;
   if (blocks->size() > 1 && !LinkBlocks(blocks, &rows)) return false;
+  return RunRows(blocks, rows);
+}
+
+/// Runs the rows over linked blocks. `rows` has the bits of those that have an operator here.
+bool TStringResolver::RunRows(std::list<AreaBlock>* blocks, std::uint32_t rows) {
   for (AreaBlock& block : *blocks) {
     if (!EvaluateOperand(&block)) return false;
   }
@@ -337,7 +288,7 @@ bool TStringResolver::FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t 
 
 int TStringResolver::GetAfterRelations(std::list<AreaBlock>::iterator* it) {
   std::string& after = (*it)->AfterText;
-  const RelationCode relation = OperatorOf(after);
+  const RelationCode relation = resolver::OperatorOf(after);
   if (relation != kNoOperator) after.clear();
   return static_cast<int>(relation);
 }
@@ -350,7 +301,7 @@ bool TStringResolver::CheckBeforeRelations(std::list<AreaBlock>::iterator* it, i
     return Fail("Internal error. Wrong relations between arguments");
   }
   block.IsMemberName = relation == kMember || relation == kPointerMember;
-  block.BeforeText.erase(0, LengthOfOperator(relation));
+  block.BeforeText.erase(0, resolver::LengthOfOperator(relation));
   return true;
 }
 

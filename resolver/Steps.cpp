@@ -36,11 +36,8 @@ bool TStringResolver::SecondRaw(AreaBlock* block) {
 
 int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation, int row) {
   const int result = FoldBinary(left, right, relation, row);
-  for (AreaBlock* block : {left, right}) {
-    resolver::WriteOwed(block);
-    // A pair that is folded has its result's text in the protected form.
-    if (result != kPairFolded) RestoreFloatingPointStr(&block->AreaText);
-  }
+  resolver::WriteOwed(left);
+  resolver::WriteOwed(right);
   return result;
 }
 

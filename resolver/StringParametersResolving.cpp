@@ -147,12 +147,26 @@ class TStringResolver::Resolution {
   bool finished_ = false;
 };
 
-TStringResolver::TStringResolver(TParrentInterface* parent) : parentInterface(parent) {
-  const bool assembly = NamesAssembly(parent->GetFileName());
+const TStringResolver::DelimiterSets& TStringResolver::DelimiterSets::Of(bool assembly) {
+  constexpr auto setsOf = [](std::string_view characters) {
+    DelimiterSets sets;
+    characters.copy(sets.withParentheses.data(), characters.size());
+    characters.copy(sets.without.data(), characters.size(), resolver::kParentheses);
+    return sets;
+  };
+  static constexpr DelimiterSets kAssembly = setsOf(resolver::kAssemblyDelimiters);
+  static constexpr DelimiterSets kC = setsOf(resolver::kCDelimiters);
+  return assembly ? kAssembly : kC;
+}
+
+TStringResolver::TStringResolver(TParrentInterface* parent)
+    : TStringResolver(parent, parent->GetFileName()) {}
+
+TStringResolver::TStringResolver(TParrentInterface* parent, std::string_view fileName)
+    : parentInterface(parent) {
+  const bool assembly = NamesAssembly(fileName);
   delimiterClass_ = assembly ? resolver::kAssemblyDelimiter : resolver::kCDelimiter;
-  const std::string_view set = assembly ? resolver::kAssemblyDelimiters : resolver::kCDelimiters;
-  set.copy(delimiterSets_.withParentheses.data(), set.size());
-  set.copy(delimiterSets_.without.data(), set.size(), resolver::kParentheses);
+  delimiterSets_ = DelimiterSets::Of(assembly);
   delimitersWithParentheses = delimiterSets_.withParentheses.data();
   delimiters = delimiterSets_.without.data();
 }

@@ -159,6 +159,8 @@ class TStringResolver {
   struct DelimiterSets {
     std::array<char, 21> withParentheses{};
     std::array<char, 19> without{};
+
+    static const DelimiterSets& Of(bool assembly);
   };
   /// An address with the object that is read from it.
   struct Location {
@@ -170,6 +172,9 @@ class TStringResolver {
   };
   class Subscripts;
   class Resolution;
+
+  /// As the public one, when the current file's name is known.
+  TStringResolver(TParrentInterface* parent, std::string_view fileName);
 
   // Each of these is documented where it is defined, and belongs to one source.
   bool RewriteSizeofs(std::string* text);
@@ -192,7 +197,10 @@ class TStringResolver {
   bool TakeSavedTypes(AreaBlock* block);
   bool AddSpareBlock();
   void SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlock>::iterator it);
+  bool CutElement(std::string_view element);
+  bool CutPlainElement(std::string_view element, std::uint32_t* rows);
   bool EvaluateBlocks(std::list<AreaBlock>* blocks);
+  bool RunRows(std::list<AreaBlock>* blocks, std::uint32_t rows);
   bool LinkBlocks(std::list<AreaBlock>* blocks, std::uint32_t* rows);
   bool FoldMembers(std::list<AreaBlock>* blocks);
   bool FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t rows);
@@ -211,6 +219,7 @@ class TStringResolver {
   void TypeOperand(AreaBlock* block);
   bool SplitSubscripts(AreaBlock* block);
   bool ApplySubscripts(AreaBlock* block);
+  bool SolvePlainSubscript(std::string_view subscript, Subscripts* subscripts);
   bool SolveSubscript(std::string_view group, Subscripts* subscripts);
   bool SolveSubscripts(std::string* text, Subscripts* subscripts);
   bool SearchMembers(const DataLableType& type, const std::string& name, DataLableType* found);
