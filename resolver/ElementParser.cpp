@@ -118,7 +118,7 @@ bool TStringResolver::CutElement(std::string_view element) {
   return true;
 }
 
-/// Resets the first spare block, but for its texts and type; one is made when there is none. Blocks
+/// The first spare block, reset but for its texts and type; one is made when there is none. Blocks
 /// are kept for the elements to come, so a resolution allocates no more of them than its longest
 /// element has.
 AreaBlock& TStringResolver::PrepareSpareBlock() {
@@ -128,21 +128,26 @@ AreaBlock& TStringResolver::PrepareSpareBlock() {
     return made;
   }
   AreaBlock& block = spareBlocks_.front();
-  block.ReferenceLevel = -1;
-  block.MemorySpace = 0;
-  block.IsMemberName = false;
-  block.Value = 0;
-  block.Relation = kFirstBlock;
-  block.MemberBlock = nullptr;
-  block.IsConsumed = false;
-  block.CastType.Assign(defaultType);
-  block.HasCastType = false;
-  block.ValueKind = 0;
-  block.FloatValue = 0.0F;
-  block.DoubleValue = 0.0;
-  block.Owed = OwedText::kNone;
-  block.OwesPointer = false;
+  ResetBlock(&block);
   return block;
+}
+
+/// Makes the block one that no row has seen, but for its texts and type.
+void TStringResolver::ResetBlock(AreaBlock* block) {
+  block->ReferenceLevel = -1;
+  block->MemorySpace = 0;
+  block->IsMemberName = false;
+  block->Value = 0;
+  block->Relation = kFirstBlock;
+  block->MemberBlock = nullptr;
+  block->IsConsumed = false;
+  block->CastType.Assign(defaultType);
+  block->HasCastType = false;
+  block->ValueKind = 0;
+  block->FloatValue = 0.0F;
+  block->DoubleValue = 0.0;
+  block->Owed = OwedText::kNone;
+  block->OwesPointer = false;
 }
 
 /// Removes the references of sub-results from the block's text and gives it their type. A

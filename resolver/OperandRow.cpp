@@ -37,10 +37,13 @@ bool TStringResolver::EvaluateOperand(AreaBlock* block) {
   parentInterface->LabelTyped = false;
   parentInterface->LabelType.Assign(defaultType);
   parentInterface->LabelType.Size = 8;
-  if ((classes & resolver::kPointOrExponent) != 0 && IsFloatingLiteral(block->AreaText)) {
+  if ((classes & resolver::kPoint) != 0 && IsFloatingLiteral(block->AreaText)) {
     ReadFloatingLiteral(block);
-  } else if (!LookUpLabel(block)) {
-    return false;
+  } else {
+    if ((classes & resolver::kPoint) != 0) {
+      std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kProtectedPoint, '.');
+    }
+    if (!LookUpLabel(block)) return false;
   }
   TypeOperand(block);
 
@@ -66,7 +69,6 @@ void TStringResolver::MoveToSecondSpace(AreaBlock* block) {
 }
 
 bool TStringResolver::LookUpLabel(AreaBlock* block) {
-  std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kProtectedPoint, '.');
   bool undefined = false;
   bool confirmed = false;
   block->Value = parentInterface->FindLabel(block->AreaText.c_str(), &undefined, &confirmed);

@@ -1,7 +1,9 @@
 #include "resolver/StringParametersResolving.h"
 
+#include <array>
 #include <bit>
 #include <cstddef>
+#include <cstring>
 #include <iterator>
 #include <string_view>
 #include <utility>
@@ -86,11 +88,19 @@ std::string_view TakePlainSubResult(std::string_view* text) {
   return number;
 }
 
+/// Is the text nothing but operators that no part of a sub-result's encoding can be taken for?
+bool IsPrefix(std::string_view text, unsigned delimiters) {
+  for (const char c : text) {
+    if (!resolver::IsOf(c, delimiters) || c == resolver::kSubResultFence[0]) return false;
+  }
+  return true;
+}
+
 /// Puts the number of a first subscript behind the gap, and takes the fences off the further
 /// subscripts of numbers that follow it: "][" and a sub-result each. The lexer would join all of
 /// them to the operand, at three times the cost.
-void JoinSubscripts(std::string_view number, resolver::GapText* text) {
-  std::string joined(number);
+void JoinSubscripts(std::uint64_t number, resolver::GapText* text) {
+  std::string joined = resolver::WriteUnsigned(number);
   std::string_view rest = text->Behind();
   while (rest.starts_with("][")) {
     std::string_view behind = rest.substr(2);
@@ -186,113 +196,149 @@ bool TStringResolver::Resolve(std::string_view expression) {
   if ((classes & resolver::kBlank) != 0) ProcessBasickTypes(&text_);
   if ((classes & resolver::kLetterOfSizeof) != 0 && !RewriteSizeofs(&text_)) return false;
   if ((classes & resolver::kBlank) != 0) std::erase(text_, ' ');
-  if ((classes & resolver::kPointOrExponent) != 0) CheckFloatingPointStr(&text_);
-  std::string_view element = text_;
-  resolver::GapText grouped;
-  if ((classes & (resolver::kParenthesis | resolver::kBracket)) != 0) {
-    GroupSubscripts(text_, &grouped);
-    if (!SolveGroups(&grouped)) return false;
-    element = grouped.Join();
+  if (resolver::MayHoldFloatingLiteral(classes)) CheckFloatingPointStr(&text_);
+  if ((classes & (resolver::kParenthesis | resolver::kBracket)) == 0) {
+    if (text_.empty() || !SolveElement(text_)) return false;
+  } else {
+    resolver::GapText grouped;
+    const bool hasBrackets = (classes & resolver::kBracket) != 0;
+    if (hasBrackets) {
+      GroupSubscripts(text_, &grouped);
+    } else {
+      grouped.PutBefore(text_);
+    }
+    if (!SolveGroups(&grouped, hasBrackets)) return false;
   }
-  if (element.empty()) return false;
-  return SolveElement(element) && StoreResult(&areaBlocks.front());
+  return StoreResult(&areaBlocks.front());
 }
 
 /// Replaces `sizeof` of a type by its size, and any other by the unary mark. False, without a
 /// message, when the host does not know a type that it had accepted.
 bool TStringResolver::RewriteSizeofs(std::string* text) {
   constexpr std::string_view kKeyword = "sizeof";
-  std::string rewritten;
+  // What has been rewritten is moved together at the text's start, so that the rest moves once.
+  std::size_t rewritten = 0;
   std::size_t copied = 0;
+  const auto keepUntil = [&](std::size_t end) {
+    if (rewritten != copied) std::memmove(&(*text)[rewritten], &(*text)[copied], end - copied);
+    rewritten += end - copied;
+  };
   std::size_t close = 0;
   std::size_t at = 0;
   while ((at = text->find(kKeyword, at)) != std::string::npos) {
-    const std::size_t behind = at + kKeyword.size();
+    std::size_t behind = at + kKeyword.size();
     if (behind == text->size() || ((*text)[behind] != ' ' && (*text)[behind] != '(')) {
       ++at;
       continue;
     }
-    rewritten.append(*text, copied, at - copied);
-    copied = at = behind;
-    if (close < at) close = text->find(')', at);
-    if ((*text)[at] == '(' && close != std::string::npos) {
-      std::string operand = text->substr(at + 1, close - at - 1);
+    keepUntil(at);
+    if (close < behind) close = text->find(')', behind);
+    std::array<char, 20> digits;
+    std::string_view replacement(&resolver::kSizeofMark, 1);
+    if ((*text)[behind] == '(' && close != std::string::npos) {
+      std::string operand = text->substr(behind + 1, close - behind - 1);
       std::erase(operand, ' ');
       if (parentInterface->IsTypeName(operand)) {
         MarkStars(&operand);
         bool unknown = false;
         const DataLableType type = DescribeType(&operand, &unknown);
         if (unknown) return false;
-        rewritten += resolver::WriteUnsigned(type.Size);
-        copied = at = close + 1;
-        continue;
+        replacement = resolver::WriteUnsigned(type.Size, &digits);
+        behind = close + 1;
       }
     }
-    rewritten += resolver::kSizeofMark;
+    // Of all types only those of ten digits may take more room than what they stand for.
+    if (rewritten + replacement.size() > behind) {
+      const std::size_t room = 1 + text->size() / 8;
+      text->insert(behind, room, ' ');
+      behind += room;
+      if (close != std::string::npos) close += room;
+    }
+    replacement.copy(&(*text)[rewritten], replacement.size());
+    rewritten += replacement.size();
+    copied = at = behind;
   }
   if (copied == 0) return true;
-  rewritten.append(*text, copied);
-  text->swap(rewritten);
+  keepUntil(text->size());
+  text->resize(rewritten);
   return true;
 }
 
-/// Evaluates the innermost group, the last one, until no group is left.
-bool TStringResolver::SolveGroups(resolver::GapText* text) {
+/// Evaluates the innermost group, the last one, until no group is left, and then what is left.
+bool TStringResolver::SolveGroups(resolver::GapText* text, bool hasBrackets) {
   std::size_t open = 0;
-  Nesting nesting(text->Before());
+  // Only what stands in brackets is treated differently inside of a group.
+  Nesting nesting(hasBrackets ? text->Before() : std::string_view());
   while ((open = text->Before().rfind('(')) != std::string_view::npos) {
-    nesting.Leave(text->Before().substr(open));
+    if (hasBrackets) nesting.Leave(text->Before().substr(open));
     text->MoveGap(open);
     const std::size_t close = text->Behind().find(')');
     if (close == std::string_view::npos) return Fail("Can`t find the end quote.");
     if (close == 1) {
       text->DropBehind(2);
-    } else if (!SolveGroup(text, close, nesting.Outermost())) {
-      return false;
+      continue;
+    }
+    const std::string_view group = text->Behind().substr(1, close - 1);
+    if (parentInterface->IsTypeName(std::string(group))) {
+      std::string cast(group);
+      MarkStars(&cast);
+      if (RegisterType(&cast)) return false;
+      text->DropBehind(close + 1);
+      text->PutBehind(cast);
+      continue;
+    }
+    if (!SolveElement(group)) return false;
+    text->DropBehind(close + 1);
+    AreaBlock& result = areaBlocks.front();
+    resolver::WriteOwedPointer(&result);
+    savedTypes.push_back(result.Type);
+    const bool isPlain =
+        result.Owed == OwedText::kInteger && result.ValueKind == 0 && result.MemorySpace == 0;
+    if (isPlain && IsPrefix(text->Before(), delimiterClass_) && text->Behind().empty()) {
+      return SolvePrefixed(text->Before());
+    }
+    // Not inside of a group, whose text the host gets to see.
+    if (isPlain && hasBrackets && nesting.Outermost() &&
+        IsFirstSubscript(text->Before(), text->Behind(), delimiterClass_)) {
+      JoinSubscripts(result.OwedNumber, text);
+    } else {
+      PutSubResult(&result, text);
     }
   }
-  return true;
+  const std::string_view element = text->Join();
+  return !element.empty() && SolveElement(element);
 }
 
-/// Turns the group behind the gap, whose closing parenthesis is at `close`, into an encoded cast or
-/// an encoded sub-result.
-bool TStringResolver::SolveGroup(resolver::GapText* text, std::size_t close, bool outermost) {
-  const std::string_view group = text->Behind().substr(1, close - 1);
-  if (parentInterface->IsTypeName(std::string(group))) {
-    std::string cast(group);
-    MarkStars(&cast);
-    if (RegisterType(&cast)) return false;
-    text->DropBehind(close + 1);
-    text->PutBehind(cast);
-    return true;
-  }
-  if (!SolveElement(group)) return false;
-  AreaBlock& result = areaBlocks.front();
-  resolver::WriteOwed(&result);
-  if (result.ValueKind != 0) CheckFloatingPointStr(&result.AreaText);
-  // The block is done with.
-  savedTypes.emplace_back(std::move(result.Type));
-  const bool joins =
-      outermost && result.ValueKind == 0 && result.MemorySpace == 0 &&
-      IsFirstSubscript(text->Before(), text->Behind().substr(close + 1), delimiterClass_);
-  text->DropBehind(close + 1);
-  if (joins) {
-    // Not inside of a group, whose text the host gets to see.
-    JoinSubscripts(result.AreaText, text);
-    return true;
-  }
+/// Puts the encoded form of a sub-result behind the gap. Its type is the last that was saved.
+void TStringResolver::PutSubResult(AreaBlock* result, resolver::GapText* text) {
+  resolver::WriteOwedText(result);
+  if (result->ValueKind != 0) CheckFloatingPointStr(&result->AreaText);
+  std::array<char, 20> digits;
   text->PutBehind(resolver::kSubResultFence);
-  text->PutBehind(result.AreaText);
-  if (result.MemorySpace != 0) text->PutBehind({&resolver::kMemorySpaceMark, 1});
+  text->PutBehind(result->AreaText);
+  if (result->MemorySpace != 0) text->PutBehind({&resolver::kMemorySpaceMark, 1});
   text->PutBehind({&resolver::kSubResultClose, 1});
-  text->PutBehind(resolver::WriteUnsigned(savedTypes.size() - 1));
+  text->PutBehind(resolver::WriteUnsigned(savedTypes.size() - 1, &digits));
   text->PutBehind(resolver::kSubResultStart);
-  return true;
+}
+
+/// Evaluates prefix operators in front of the sub-result that `areaBlocks` holds, which is all that
+/// an element of its encoded form would do: `sizeof(s)` in 3 000 instructions instead of 3 600.
+bool TStringResolver::SolvePrefixed(std::string_view operators) {
+  AreaBlock& block = areaBlocks.front();
+  resolver::WriteOwedText(&block);
+  ResetBlock(&block);
+  block.BeforeText = operators;
+  block.AfterText.clear();
+  // Its type is the one that was saved for it.
+  block.HasCastType = true;
+  return RunRows(&areaBlocks, 0);
 }
 
 /// Fills the result fields from the last element's block, after the reads that it still owes. The
 /// block itself stays as it is: its type says what the text denotes.
 bool TStringResolver::StoreResult(AreaBlock* element) {
+  if (element->ValueKind != 0) resolver::WriteOwedText(element);
   const std::uint64_t integer = resolver::IntegerOf(*element);
   // Hosts treat this field as a 32-bit address.
   resultAddress = static_cast<std::uint32_t>(integer);
@@ -307,7 +353,6 @@ bool TStringResolver::StoreResult(AreaBlock* element) {
   } else if (type.IsFloat) {
     StoreFloating(std::bit_cast<float>(static_cast<std::uint32_t>(integer)));
   } else {
-    resolver::WriteOwedText(element);
     std::string text = element->AreaText;
     RestoreFloatingPointStr(&text);
     StoreFloating(resolver::ReadFloat(text));

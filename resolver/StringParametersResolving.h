@@ -178,8 +178,9 @@ class TStringResolver {
 
   // Each of these is documented where it is defined, and belongs to one source.
   bool RewriteSizeofs(std::string* text);
-  bool SolveGroups(resolver::GapText* text);
-  bool SolveGroup(resolver::GapText* text, std::size_t close, bool outermost);
+  bool SolveGroups(resolver::GapText* text, bool hasBrackets);
+  void PutSubResult(AreaBlock* result, resolver::GapText* text);
+  bool SolvePrefixed(std::string_view operators);
   bool Resolve(std::string_view expression);
   bool SolveElement(std::string_view element);
   bool StoreResult(AreaBlock* element);
@@ -194,6 +195,7 @@ class TStringResolver {
   const DataLableType* SavedType(std::uint64_t position);
 
   AreaBlock& PrepareSpareBlock();
+  void ResetBlock(AreaBlock* block);
   bool TakeSavedTypes(AreaBlock* block);
   bool AddSpareBlock();
   void SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlock>::iterator it);
