@@ -61,6 +61,18 @@ constexpr bool IsOf(char c, unsigned classes) {
   return (kClassesOfCharacter[static_cast<unsigned char>(c)] & classes) != 0;
 }
 
+/// What makes an operand, or a text of one, more than a name or a number.
+inline constexpr unsigned kNotPlain = kAssemblyDelimiter | kCDelimiter | kBlank | kParenthesis |
+                                      kBracket | kPoint | kSubResultOrSpace;
+
+/// Is the text one operand without operators, a name or a number?
+constexpr bool IsPlainOperand(std::string_view text) {
+  for (const char c : text) {
+    if (IsOf(c, kNotPlain)) return false;
+  }
+  return !text.empty();
+}
+
 /// May a text of these classes hold a floating literal that the lexer would split?
 constexpr bool MayHoldFloatingLiteral(unsigned classes) {
   constexpr unsigned kSignedExponent = kSign | kExponent;

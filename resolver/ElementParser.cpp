@@ -89,6 +89,14 @@ bool TStringResolver::GetFirstLexicalBlockStartingFromPos(std::string_view text,
 bool TStringResolver::SolveElement(std::string_view element) {
   elementFlag = false;
   spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
+  if (resolver::IsPlainOperand(element)) {
+    AreaBlock& block = PrepareSpareBlock();
+    block.BeforeText.clear();
+    block.AreaText = element;
+    block.AfterText.clear();
+    areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
+    return EvaluateOperand(&block);
+  }
   std::uint32_t rows = 0;
   if (CutPlainElement(element, &rows)) return RunRows(&areaBlocks, rows);
   spareBlocks_.splice(spareBlocks_.begin(), areaBlocks);
@@ -269,10 +277,13 @@ bool TStringResolver::FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t 
     auto right = std::next(left);
     while (right != blocks->end()) {
       const int relation = static_cast<int>(right->Relation);
-      const bool own = resolver::RowOf(right->Relation) == row;
-      const int result = own || OwesRead(*left) || OwesRead(*right)
-                             ? FoldBinary(&*left, &*right, relation, row)
-                             : kPairNotMine;
+      const int ownRow = resolver::RowOf(right->Relation);
+      int result = kPairNotMine;
+      if (ownRow == row || ownRow == 0) {
+        result = FoldBinary(&*left, &*right, relation, row);
+      } else if (OwesRead(*left) || OwesRead(*right)) {
+        FetchOperands(&*left, &*right);
+      }
       if (result == kPairFailed) return false;
       if (result == kPairFolded) {
         SpareBlock(blocks, right);

@@ -1,4 +1,7 @@
+#include <cstddef>
+#include <cstring>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "resolver/Owed.h"
@@ -9,11 +12,23 @@ namespace {
 constexpr int kAccessRow = 1;
 constexpr int kMergeRow = 3;
 
-/// Names of a structure's fields are alike at their start: the last character tells most apart,
-/// which halves the time in a structure of 500 fields.
-bool SameName(const std::string& a, const std::string& b) {
-  return a.size() == b.size() && (a.empty() || (a.back() == b.back() && a == b));
-}
+/// A field's name to look for. Names of a structure's fields are alike at their start: the last
+/// character tells most apart, which halves the time in a structure of 500 fields.
+class Sought {
+ public:
+  explicit Sought(const std::string& name) : name_(name), last_(name.c_str()[Last(name)]) {}
+  bool operator==(const std::string& other) const {
+    return other.size() == name_.size() && other.c_str()[Last(name_)] == last_ &&
+           std::memcmp(other.data(), name_.data(), name_.size()) == 0;
+  }
+
+ private:
+  /// An empty name ends with its terminator.
+  static std::size_t Last(std::string_view name) { return name.size() - (name.empty() ? 0 : 1); }
+
+  std::string_view name_;
+  char last_;
+};
 
 }  // namespace
 
@@ -92,8 +107,9 @@ bool TStringResolver::SelectMember(AreaBlock* block) {
 /// member comes before the same name later in the list.
 bool TStringResolver::SearchMembers(const DataLableType& type, const std::string& name,
                                     DataLableType* found) {
+  const Sought sought(name);
   for (const DataLableType& member : type.Members) {
-    if (SameName(member.Name, name)) {
+    if (sought == member.Name) {
       found->Assign(member);
       return true;
     }
@@ -105,9 +121,10 @@ bool TStringResolver::SearchMembers(const DataLableType& type, const std::string
 
 bool TStringResolver::RecusivlyCheckForStructFealds(const DataLableType* type,
                                                     const std::string& name, DataLableType* found) {
+  const Sought sought(name);
   const auto findIn = [&](const SharedList<DataLableType>& members) {
     for (const DataLableType& member : members) {
-      if (!SameName(member.Name, name)) continue;
+      if (!(sought == member.Name)) continue;
       found->Assign(member);
       return true;
     }

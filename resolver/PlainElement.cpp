@@ -12,37 +12,9 @@
 #include "resolver/Markers.h"
 #include "resolver/Operators.h"
 #include "resolver/StringParametersResolving.h"
-#include "resolver/ValueText.h"
+#include "resolver/SubResult.h"
 
 namespace {
-
-/// An integer sub-result in the default memory space.
-struct SubResult {
-  std::uint64_t position = 0;
-  std::string_view number;
-};
-
-/// Takes the digits that `*text` begins with.
-std::string_view TakeDigits(std::string_view* text) {
-  std::size_t count = 0;
-  while (count < text->size() && (*text)[count] >= '0' && (*text)[count] <= '9') ++count;
-  const std::string_view digits = text->substr(0, count);
-  text->remove_prefix(count);
-  return digits;
-}
-
-/// Takes a sub-result off the front of `*text`, with the opening of which it begins. False for one
-/// that is not an integer, or has been changed.
-bool TakeSubResult(std::string_view* text, SubResult* subResult) {
-  text->remove_prefix(resolver::kSubResultStart.size());
-  if (!resolver::ReadDigits(TakeDigits(text), &subResult->position)) return false;
-  if (!text->starts_with(resolver::kSubResultClose)) return false;
-  text->remove_prefix(1);
-  subResult->number = TakeDigits(text);
-  if (subResult->number.empty() || !text->starts_with(resolver::kSubResultFence)) return false;
-  text->remove_prefix(resolver::kSubResultFence.size());
-  return true;
-}
 
 /// Takes the operators off the front of `*text`, up to an operand or the opening of a sub-result.
 std::string_view TakeOperators(std::string_view* text, unsigned delimiters) {
@@ -89,8 +61,8 @@ bool TStringResolver::CutPlainElement(std::string_view element, std::uint32_t* r
     if (MayHoldFence(operators) || element.empty()) return false;
     AreaBlock& block = PrepareSpareBlock();
     if (resolver::IsOf(element.front(), delimiterClass_)) {
-      SubResult subResult;
-      if (!TakeSubResult(&element, &subResult)) return false;
+      resolver::SubResult subResult;
+      if (!resolver::TakeSubResult(&element, &subResult)) return false;
       const DataLableType* const type = SavedType(subResult.position);
       if (type == nullptr) return false;
       block.AreaText = subResult.number;

@@ -157,17 +157,17 @@ bool TStringResolver::ApplySubscripts(AreaBlock* block) {
 /// Takes every bracket group out of `*text` and evaluates it.
 bool TStringResolver::SolveSubscripts(std::string* text, Subscripts* subscripts) {
   const auto solve = [&](std::string_view group) { return SolveSubscript(group, subscripts); };
-  if (IsRowOfGroups(*text)) {
-    std::size_t taken = 0;
-    bool solved = true;
-    while (solved && taken < text->size()) {
-      const std::size_t first = taken;
-      taken = text->find(']', first) + 1;
-      solved = solve(std::string_view(*text).substr(first, taken - first));
-    }
-    text->erase(0, taken);
-    return solved;
+  // Groups at the text's start without brackets inside, which nearly all are, match as they stand.
+  std::size_t taken = 0;
+  bool solved = true;
+  while (solved && taken < text->size() && (*text)[taken] == '[') {
+    const std::size_t last = text->find_first_of("[]", taken + 1);
+    if (last == std::string::npos || (*text)[last] == '[') break;
+    solved = solve(std::string_view(*text).substr(taken, last + 1 - taken));
+    taken = last + 1;
   }
+  text->erase(0, taken);
+  if (!solved || text->empty()) return solved;
   switch (TakeGroups(text, "[", "]", solve)) {
     case BracketMatch::kNoClose:
       return Fail("Can`t find ending quote ']'");
@@ -189,7 +189,8 @@ bool TStringResolver::SolvePlainSubscript(std::string_view subscript, Subscripts
   bool undefined = false;
   bool confirmed = false;
   parentInterface->LabelTyped = false;
-  parentInterface->LabelType.Assign(DataLableType());
+  static const DataLableType kDefault;
+  parentInterface->LabelType.Assign(kDefault);
   const std::uint64_t value = parentInterface->FindLabel(name.c_str(), &undefined, &confirmed);
   if (undefined) return false;
   if (!parentInterface->LabelTyped) {
@@ -214,7 +215,7 @@ bool TStringResolver::SolveSubscript(std::string_view group, Subscripts* subscri
   const std::string_view subscript = group.substr(1, group.size() - 2);
   if (subscript.empty()) return Fail("Quotes are empty");
   if (nesting_ == kDeepestNesting) return false;
-  if (resolver::ClassesOf(subscript) == 0) return SolvePlainSubscript(subscript, subscripts);
+  if (resolver::IsPlainOperand(subscript)) return SolvePlainSubscript(subscript, subscripts);
   TStringResolver nested(parentInterface);
   nested.nesting_ = nesting_ + 1;
   nested.spareBlocks_.swap(spareBlocks_);

@@ -178,7 +178,7 @@ class TStringResolver {
 
   // Each of these is documented where it is defined, and belongs to one source.
   bool RewriteSizeofs(std::string* text);
-  bool SolveGroups(resolver::GapText* text, bool hasBrackets);
+  bool SolveGroups(std::string_view expression, unsigned classes);
   void PutSubResult(AreaBlock* result, resolver::GapText* text);
   bool SolvePrefixed(std::string_view operators);
   bool Resolve(std::string_view expression);
