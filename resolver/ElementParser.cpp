@@ -1,3 +1,4 @@
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -271,7 +272,11 @@ bool TStringResolver::FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t 
   if (blocks->size() == 1) return true;
   bool anyOwesRead = true;
   for (int row = 1; row <= resolver::kBinaryRows; ++row) {
-    if (!anyOwesRead && (rows >> row & 1U) == 0) continue;
+    if (!anyOwesRead) {
+      const std::uint32_t further = rows >> row;
+      if (further == 0) break;
+      row += std::countr_zero(further);
+    }
     bool passedOwesRead = false;
     auto left = blocks->begin();
     auto right = std::next(left);
