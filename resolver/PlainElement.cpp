@@ -85,6 +85,6 @@ bool TStringResolver::CutPlainElement(std::string_view element, std::uint32_t* r
     if (relation == kNoOperator) return false;
     *rows |= 1U << resolver::RowOf(relation);
     // The rest are prefixes of the next operand.
-    operators.remove_prefix(resolver::LengthOfOperator(relation));
+    operators.remove_prefix(resolver::LengthOfOperator(static_cast<int>(relation)));
   }
 }
