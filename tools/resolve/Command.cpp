@@ -12,6 +12,7 @@
 #include "tools/resolve/Listing.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
+#include "tools/resolve/Prompt.h"
 #include "tools/resolve/Session.h"
 #include "tools/resolve/Target.h"
 
@@ -47,6 +48,10 @@ Status Run(const std::vector<std::string>& arguments) {
   const std::unique_ptr<Target> target = OpenTarget(options);
   for (const std::string& warning : target->Warnings()) Warn(warning);
   if (options.task != Options::Task::kEvaluate) return List(*target, options, &output);
+  if (options.expressions.empty()) {
+    if (Prompt::IsPossible()) return Prompt(*target, options, &output).Run();
+    return Session(*target, options, &output).Run({"-"});
+  }
   if (options.verbose) Note("reading " + target->Description());
   return Session(*target, options, &output).Run(options.expressions);
 }

@@ -11,13 +11,15 @@ constexpr const char* kDescription =
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
+       resolve [OPTIONS] PROGRAM
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
 
 constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
 after it is an expression, also when it begins with "-"; a lone "-" reads
-expressions from standard input, one a line. A PATTERN is matched against whole
+expressions from standard input, one a line. Without any, a terminal gets a
+prompt, with completion and :help; other input is read as for "-". A PATTERN is matched against whole
 names: "*" stands for any text, "?" for one character; quote it for the shell.
 
 Examples:
@@ -32,6 +34,10 @@ Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used.)";
 
 constexpr std::size_t kOptionColumn = 22;
+
+// In seconds. Below, a terminal shows nothing but changes; above, nobody waits.
+constexpr double kShortestWatch = 0.01;
+constexpr double kLongestWatch = 86400.0;
 
 class HelpText : public CLI::Formatter {
  public:
@@ -61,6 +67,11 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
   app->add_flag("-v,--verbose", options->verbose, "Add size, signedness, address and memory space");
+  app->add_option("--watch", options->watch,
+                  "Evaluate again every so many seconds, until Ctrl-C;\n"
+                  "for targets that run")
+      ->type_name("SECONDS")
+      ->take_last();
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);
@@ -78,6 +89,19 @@ void DescribeCommand(CLI::App* app) {
   app->set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
   // From the first word on, nothing is an option.
   app->prefix_command();
+}
+
+/// Throws when there is nothing to watch, or no sensible time between.
+void CheckWatch(const Options& options) {
+  if (!(*options.watch >= kShortestWatch && *options.watch <= kLongestWatch)) {
+    throw UsageError("--watch takes 0.01 to 86400 seconds");
+  }
+  if (options.task != Options::Task::kEvaluate) throw UsageError("a listing cannot be watched");
+  if (options.expressions.empty()) throw UsageError("no expression is given to --watch");
+  if (options.expressions == std::vector<std::string>{"-"}) {
+    throw UsageError(
+        "--watch takes its expressions from the command line, not from standard input");
+  }
 }
 
 /// Moves the words that are no options into `options`.
@@ -104,7 +128,7 @@ void TakeWords(std::vector<std::string> words, Options* options) {
   if (lists && !options->expressions.empty()) {
     throw UsageError("a listing takes no expressions; its pattern stands before the program");
   }
-  if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
+  if (options->watch) CheckWatch(*options);
 }
 
 }  // namespace

@@ -14,10 +14,12 @@ struct Options {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
   std::string program;
-  std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
+  std::vector<std::string> expressions;  ///< of `kEvaluate`: none asks for the prompt
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
   std::string debugFolder = "/usr/lib/debug";
+  /// Evaluate again and again, with so many seconds between; at least one expression is given then.
+  std::optional<double> watch;
   bool exact = false;
   bool verbose = false;
 };

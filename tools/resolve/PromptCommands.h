@@ -1,0 +1,77 @@
+#ifndef STRINGRESOLVER_TOOLS_RESOLVE_PROMPTCOMMANDS_H
+#define STRINGRESOLVER_TOOLS_RESOLVE_PROMPTCOMMANDS_H
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace tool {
+
+/// What begins a command at the prompt; no expression begins with it.
+inline constexpr char kCommandMark = ':';
+
+/// What a command's argument is, for those who complete it.
+enum class ArgumentKind {
+  kNothing,
+  kCommand,
+  kLabelPattern,
+  kTypePattern,
+  kType,
+  kFile,
+  kFormat,
+  kExpression,
+};
+
+enum class CommandName {
+  kHelp,
+  kLabels,
+  kTypes,
+  kLayout,
+  kFile,
+  kFormat,
+  kReload,
+  kExplain,
+  kQuit
+};
+
+/// A command of the prompt.
+struct CommandDescription {
+  CommandName command;
+  std::string_view name;  ///< without the mark
+  ArgumentKind argument;
+  std::string_view usage;  ///< of the argument: in brackets when it can be left out
+  std::string_view help;   ///< one line
+};
+
+/// All of them, in the order of the help.
+std::span<const CommandDescription> PromptCommands();
+
+/// The one called `name`, without the mark; null when there is none.
+const CommandDescription* FindCommand(std::string_view name);
+
+/// A command that was typed.
+struct CommandCall {
+  const CommandDescription* command = nullptr;
+  std::string argument;  ///< without blanks around it; empty when there is none
+};
+
+/// Why a line is no command: one sentence.
+struct CommandError {
+  std::string message;
+};
+
+/// Is `line` meant for a command?
+bool IsCommand(std::string_view line);
+
+/// Reads a line that `IsCommand`. An argument that is missing or too much is an error; what it
+/// means is the command's own affair.
+std::variant<CommandCall, CommandError> ReadCommand(std::string_view line);
+
+/// What `:help` shows: every command, or the one in `name`, with or without its mark.
+std::variant<std::vector<std::string>, CommandError> CommandHelp(std::string_view name);
+
+}  // namespace tool
+
+#endif  // STRINGRESOLVER_TOOLS_RESOLVE_PROMPTCOMMANDS_H
