@@ -199,7 +199,7 @@ def completion(session):
         check(terminal.ask("arr[1]." + "x" + TAB), "2", "a member behind .")
         check(terminal.ask("launch.ye" + TAB), "1889", "of a structure without a name")
         check(terminal.ask("sizeof(struct nod" + TAB + ")"), "16", "a type in sizeof")
-        check(terminal.ask("((struct node*)head)->ne" + TAB + "->v"), "22", "behind a cast")
+        check(terminal.ask("(*(struct node*)head).ne" + TAB + "->v"), "22", "behind a cast")
         terminal.type("sized1" + TAB)
         listed = terminal.expect(PROMPT + "sized1")
         for name in ("sized1", "sized10", "sized19"):
@@ -339,6 +339,7 @@ def rebuilt(session):
         copy.write_bytes(content)
         check(terminal.ask(":reload"), re.compile("Reading .*"), ":reload")
         check(terminal.ask("word[1] == 'a'"), "1", "after")
+        copy.unlink()
         copy.write_bytes(b"no program")
         check(terminal.ask(":reload"), re.compile("error: .*copy.*"), "a broken one")
         check(terminal.ask("word[1] == 'a'"), "1", "the one before stays")
