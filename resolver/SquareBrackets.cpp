@@ -147,7 +147,11 @@ bool TStringResolver::ApplySubscripts(AreaBlock* block) {
     const std::uint32_t elementSize = type.IsArray ? FirstMember(type).Size : type.Size;
     block->Value += subscripts[i] * elementSize;
   }
+  // The type stays the array's until the element is read; the number tells which of both it is.
+  const DataLableType& array = block->Type;
+  const std::uint32_t element = array.IsArray ? FirstMember(array).TypeNumber : 0;
   block->Type.PointTo(block->Type);
+  block->Type.TypeNumber = element;
   block->Type.IsAddress = true;
   block->ReferenceLevel = -1;
   return true;
