@@ -53,11 +53,12 @@ bool TakesAddress(std::string_view text) {
 /// One resolution, from the text that the resolver gets to the outcome.
 class Resolution {
  public:
-  Resolution(targets::LabelSource& labels, WatchingHost& host, std::string text)
+  Resolution(targets::LabelSource& labels, ExplainingHost& host, std::string text)
       : labels_(labels), host_(host), text_(std::move(text)), resolver_(&host) {}
 
   Outcome Run() {
     solved_ = resolver_.SolveStringOfElements(text_);
+    host_.Log().confirmed = solved_ && resolver_.allLabelsConfirmed;
     if (std::optional<std::string> reason = WhyNotToTrust()) return Failure{*std::move(reason)};
     const std::string& untyped = host_.FirstUntyped();
     if (!solved_) return Failure{ResolverSentence() + (untyped.empty() ? "" : "; " + untyped)};
@@ -222,7 +223,7 @@ class Resolution {
   }
 
   targets::LabelSource& labels_;
-  WatchingHost& host_;
+  ExplainingHost& host_;
   std::string text_;
   ResolverView resolver_;
   bool solved_ = false;
@@ -231,6 +232,7 @@ class Resolution {
 }  // namespace
 
 Outcome Evaluator::Evaluate(std::string_view expression) {
+  host_.Log().Start(std::string(expression.substr(0, kLongestExpression)), "");
   if (expression.size() > kLongestExpression) {
     return Failure{"the expression is longer than " + FormatBytes(kLongestExpression)};
   }
@@ -250,6 +252,7 @@ Outcome Evaluator::Evaluate(std::string_view expression) {
   }
   if (text.empty()) return Failure{"the expression is empty"};
   host_.Start();
+  host_.Log().prepared = text;
   try {
     return Resolution(labels_, host_, std::move(text)).Run();
   } catch (const targets::Error& error) {

@@ -8,7 +8,8 @@
 #include "targets/LabelSource.h"
 #include "targets/MemorySource.h"
 #include "tools/resolve/Answer.h"
-#include "tools/resolve/WatchingHost.h"
+#include "tools/resolve/ExplainingHost.h"
+#include "tools/resolve/ResolutionLog.h"
 
 namespace tool {
 
@@ -42,9 +43,12 @@ class Evaluator {
 
   Outcome Evaluate(std::string_view expression);
 
+  /// What the last evaluation was.
+  [[nodiscard]] const ResolutionLog& Log() const { return host_.Log(); }
+
  private:
   targets::LabelSource& labels_;
-  WatchingHost host_;
+  ExplainingHost host_;
   Text text_;
 };
 

@@ -72,6 +72,12 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "for targets that run")
       ->type_name("SECONDS")
       ->take_last();
+  app->add_flag("--explain", options->explain,
+                "Show what was handed to the resolver, what it asked\n"
+                "for, and what it was answered");
+  app->add_flag("--json", options->json,
+                "Write one JSON object a line; with --explain, the\n"
+                "steps as well");
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);

@@ -22,6 +22,8 @@ struct Options {
   std::optional<double> watch;
   bool exact = false;
   bool verbose = false;
+  bool explain = false;  ///< show each step of a resolution
+  bool json = false;     ///< one JSON object a line
 };
 
 /// Text that the command line asks for instead: the help, the version.

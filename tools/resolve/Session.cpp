@@ -4,10 +4,13 @@
 
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 #include "tools/resolve/Complaint.h"
+#include "tools/resolve/Explanation.h"
 #include "tools/resolve/ExpressionText.h"
+#include "tools/resolve/JsonLines.h"
 #include "tools/resolve/LineReader.h"
 
 namespace tool {
@@ -22,6 +25,8 @@ Session::Session(Target& target, const Options& options, Output* output)
       evaluator_(target.Labels(), target.Memory(),
                  options.exact ? Evaluator::Text::kExact : Evaluator::Text::kC),
       verbose_(options.verbose),
+      explain_(options.explain),
+      json_(options.json),
       output_(output) {
   if (const auto size = target.WordSize()) evaluator_.SetWordSize(*size);
 }
@@ -46,6 +51,12 @@ void Session::RunStandardInput() {
 
 void Session::RunOne(const std::string& expression) {
   const Outcome outcome = evaluator_.Evaluate(expression);
+  std::vector<NamedNote> notes;
+  if (const auto* answer = std::get_if<Answer>(&outcome)) {
+    for (const std::string& note : answer->notes) notes.push_back({"value", note});
+  }
+  if (json_) return WriteJson(outcome, std::move(notes));
+  if (explain_) WriteExplanation(outcome);
   if (const auto* failure = std::get_if<Failure>(&outcome)) {
     status_ = kNotResolved;
     std::string sentence = failure->message;
@@ -59,7 +70,24 @@ void Session::RunOne(const std::string& expression) {
                               : FormatValue(answer));
   // Whoever writes the expressions may wait for each answer.
   output_->Flush();
-  for (const std::string& note : answer.notes) NoteOn(expression, note);
+  for (const NamedNote& note : notes) NoteOn(expression, note.text);
+}
+
+void Session::WriteJson(const Outcome& outcome, std::vector<NamedNote> notes) {
+  if (std::holds_alternative<Failure>(outcome)) {
+    status_ = kNotResolved;
+    if (auto reason = target_.WhyIncomplete()) notes.push_back({"incomplete", *std::move(reason)});
+  }
+  output_->WriteLine(
+      JsonOfResolution(evaluator_.Log(), outcome, notes, explain_, target_.Labels()));
+  output_->Flush();
+}
+
+void Session::WriteExplanation(const Outcome& outcome) {
+  for (const std::string& line : ExplainResolution(evaluator_.Log(), outcome, target_.Labels())) {
+    output_->WriteLine(line);
+  }
+  output_->Flush();
 }
 
 /// A label whose type could not be read fails like one that has no such member. The reason is worth

@@ -6,6 +6,7 @@
 
 #include "tools/resolve/Command.h"
 #include "tools/resolve/Evaluator.h"
+#include "tools/resolve/NamedNote.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
 #include "tools/resolve/Target.h"
@@ -25,12 +26,16 @@ class Session {
  private:
   void RunStandardInput();
   void RunOne(const std::string& expression);
+  void WriteJson(const Outcome& outcome, std::vector<NamedNote> notes);
+  void WriteExplanation(const Outcome& outcome);
   void ExplainOnce(const std::string& message);
 
   Target& target_;
   Evaluator evaluator_;
   bool explained_ = false;
   bool verbose_;
+  bool explain_;
+  bool json_;
   Output* output_;
   Status status_ = kAllResolved;
 };
