@@ -48,6 +48,9 @@ TargetLayout LayoutOf(const ElfFile& file, const ElfOptions& options) {
   layout.loadBias = options.loadBias;
   layout.recordMark = options.recordMark;
   layout.highestAddress = options.highestAddress.value_or(layout.Loaded(file.HighestAddress()));
+  if (layout.pointerSize < 8) {
+    layout.highestAddress = std::min(layout.highestAddress, layout.Loaded(~layout.loadBias));
+  }
   layout.plainCharIsSigned = PlainCharIsSigned(file);
   return layout;
 }
@@ -286,6 +289,14 @@ std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
     if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
   }
   return LabelSource::FindObject(name);
+}
+
+std::optional<Label> ElfProgram::FindDeclared(std::string_view name, std::uint64_t address) {
+  if (!parts_->debug) return std::nullopt;
+  DebugInfo& debug = *parts_->debug;
+  const auto declaration = debug.choice.FindDeclaration(name, debug.index.Global());
+  if (!declaration) return std::nullopt;
+  return debug.choice.Typed(name, *declaration, address);
 }
 
 bool ElfProgram::HasType(std::string_view name) {

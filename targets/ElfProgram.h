@@ -19,8 +19,8 @@ struct ElfOptions {
   /// Run-time address minus file address of everything in the file: where the program, or a shared
   /// library, was loaded. Every address handed out includes it; wraps within the pointer size.
   std::uint64_t loadBias = 0;
-  /// No object lies above this run-time address; that of the file's own last one unless given. The
-  /// records of a target with a heap and a stack need theirs.
+  /// No object lies above this run-time address, cut to what a pointer holds; that of the file's
+  /// own last one unless given. The records of a target with a heap and a stack need theirs.
   std::optional<std::uint64_t> highestAddress = std::nullopt;
   /// Added to the names of records, so that those of several programs stay apart.
   std::string recordMark = {};
@@ -64,6 +64,10 @@ class ElfProgram final : public LabelSource {
 
   /// Why names may be missing, or stand without their types; nothing when all could be read so far.
   [[nodiscard]] std::optional<std::string> WhyIncomplete() const;
+
+  /// The label that a declaration of the variable `name` makes of what another file defines at the
+  /// run-time address `address`. Nothing without a declaration. Errors as `FindLabel`.
+  std::optional<Label> FindDeclared(std::string_view name, std::uint64_t address);
 
   [[nodiscard]] std::uint32_t PointerSize() const override;
   [[nodiscard]] ByteOrder Order() const override;

@@ -43,7 +43,7 @@ class MemorySource {
                           std::span<std::byte> bytes) = 0;
 
   /// Forgets what is kept of a target that may have changed. Called before each evaluation: within
-  /// one, a source may hand out twice what it has read once.
+  /// one, a source may hand out twice what it has read once. Throws as `Read`.
   virtual void Refresh() {}
 };
 

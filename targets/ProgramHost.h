@@ -40,7 +40,8 @@ class ProgramHost : public TParrentInterface {
   void SetWordSize(std::uint32_t size) { wordSize_ = size; }
 
   /// Forgets the accesses, the failure and the untyped label of the resolution before, and what the
-  /// memory source kept of a target that may have changed. Types and labels stay.
+  /// memory source kept of a target that may have changed. Types and labels stay. Throws what
+  /// `MemorySource::Refresh` throws.
   void StartResolution();
 
   /// The first thing that failed since `StartResolution`: memory that could not be read (the

@@ -78,7 +78,11 @@ class Resolution {
  private:
   /// Why the resolver's answer cannot be given, whatever the resolver says; empty when it can.
   std::optional<std::string> WhyNotToTrust() {
-    if (host_.FirstFailure()) return host_.FirstFailure()->what();
+    if (const auto& failure = host_.FirstFailure()) {
+      // No other expression will fare better.
+      if (failure->Code() == targets::ErrorCode::kTargetLost) throw targets::Error(*failure);
+      return failure->what();
+    }
     const bool hasResult = solved_ || resolver_.errorMessage == kFinalReadFailed;
     if (hasResult && IsComposite(resolver_.ObjectType())) {
       return CompositeSentence(resolver_.ObjectType());

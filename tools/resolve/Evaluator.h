@@ -41,6 +41,7 @@ class Evaluator {
   /// See `targets::ProgramHost::SetWordSize`.
   void SetWordSize(std::uint32_t size) { host_.SetWordSize(size); }
 
+  /// Throws `targets::Error` (`kTargetLost`) when the target is gone, and with it all answers.
   Outcome Evaluate(std::string_view expression);
 
   /// What the last evaluation was.

@@ -1,6 +1,8 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <system_error>
 #include <utility>
 
 namespace tool {
@@ -12,6 +14,7 @@ constexpr const char* kDescription =
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve [OPTIONS] PROGRAM
+       resolve [OPTIONS] --pid PID EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
 
@@ -28,10 +31,11 @@ Examples:
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
+  resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used.)";
+the command line or the program could not be used, or its process ended.)";
 
 constexpr std::size_t kOptionColumn = 22;
 
@@ -50,6 +54,7 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string process;
 };
 
 void AddOptions(CLI::App* app, Options* options, Given* given) {
@@ -87,6 +92,39 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->excludes(labels);
 }
 
+void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
+  app->add_option("--pid", given->process,
+                  "Evaluate over the process of this number, as it\n"
+                  "runs; the program is the one that it runs")
+      ->type_name("PID")
+      ->take_last();
+  app->add_flag("--stop", options->stop, "Hold the process meanwhile; it goes on afterwards");
+  app->add_option("--program", options->program,
+                  "With --pid: where names and types come from, such\n"
+                  "as a copy of the program that was not stripped")
+      ->type_name("FILE")
+      ->take_last();
+}
+
+/// The process that `--pid` names.
+std::int64_t ToProcess(const std::string& text) {
+  const bool negative = text.starts_with('-');
+  const std::string digits = text.substr(negative ? 1 : 0);
+  if (digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
+    throw UsageError("--pid takes the number of a process, not '" + text + "'");
+  }
+  if (digits.find_first_not_of('0') == digits.npos) {
+    throw UsageError("--pid: no process has the number 0");
+  }
+  if (negative) throw UsageError("--pid: no process has a negative number, such as " + text);
+  std::int64_t number = 0;
+  const char* const end = digits.data() + digits.size();
+  if (std::from_chars(digits.data(), end, number).ec != std::errc()) {
+    throw UsageError("--pid: no process has a number as large as " + text);
+  }
+  return number;
+}
+
 void DescribeCommand(CLI::App* app) {
   app->footer(kFooter);
   app->formatter(std::make_shared<HelpText>());
@@ -118,10 +156,16 @@ void TakeWords(std::vector<std::string> words, Options* options) {
     words.erase(words.begin());
   } else if (!words.empty() && words.front().size() > 1 && words.front().front() == '-') {
     throw UsageError("there is no option " + words.front());
-  } else if (words.size() > 1 && words[1] == "--") {
+  } else if (!options->process && words.size() > 1 && words[1] == "--") {
     words.erase(words.begin() + 1);
   }
   const bool lists = options->task != Options::Task::kEvaluate;
+  if (options->process) {
+    options->expressions = std::move(words);
+    if (lists && !options->expressions.empty()) throw UsageError("a listing takes no expressions");
+    if (options->watch) CheckWatch(*options);
+    return;
+  }
   if (words.empty() && !options->pattern.empty()) {
     // `--labels prog`: the word was not the pattern that it could have been.
     words.push_back(std::move(options->pattern));
@@ -145,6 +189,7 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
+  AddProcessOptions(&app, &options, &given);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -157,6 +202,11 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   if (app.count("--file") > 0) options.file = std::move(given.file);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  if (app.count("--pid") > 0) {
+    options.process = ToProcess(given.process);
+  } else if (app.count("--stop") + app.count("--program") > 0) {
+    throw UsageError("--stop and --program are about a process, which --pid names");
+  }
   TakeWords(app.remaining(), &options);
   return options;
 }
@@ -168,6 +218,7 @@ bool LooksLikeOption(const std::string& text) {
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
+  AddProcessOptions(&app, &options, &given);
   return app.get_option_no_throw(text.substr(0, text.find('='))) != nullptr;
 }
 

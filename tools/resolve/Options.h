@@ -1,6 +1,7 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_OPTIONS_H
 
+#include <cstdint>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -13,7 +14,9 @@ namespace tool {
 struct Options {
   enum class Task { kEvaluate, kListLabels, kListTypes };
   Task task = Task::kEvaluate;
-  std::string program;
+  std::string program;                   ///< with `process`: empty, unless chosen
+  std::optional<std::int64_t> process;   ///< number of a running process
+  bool stop = false;                     ///< hold the process
   std::vector<std::string> expressions;  ///< of `kEvaluate`: none asks for the prompt
   std::string pattern;                   ///< of a listing: all names when empty
   std::optional<std::string> file;       ///< the current source file, if chosen
@@ -38,8 +41,8 @@ class UsageError : public std::runtime_error {
 };
 
 /// Reads the arguments that follow the command's name. Options end at PROGRAM, so that an
-/// expression may begin with "-"; a "--" before or right behind PROGRAM may say so as well. Throws
-/// `UsageError`.
+/// expression may begin with "-"; a "--" before or right behind PROGRAM may say so as well. With
+/// `--pid` there is no PROGRAM, and they end at the first expression. Throws `UsageError`.
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments);
 
 /// Does `text` look like one of the options? For a word of advice when it stands behind PROGRAM.

@@ -10,6 +10,7 @@
 #include "tools/resolve/Complaint.h"
 #include "tools/resolve/Explanation.h"
 #include "tools/resolve/ExpressionText.h"
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/JsonLines.h"
 #include "tools/resolve/LineReader.h"
 
@@ -50,6 +51,7 @@ void Session::RunStandardInput() {
 }
 
 void Session::RunOne(const std::string& expression) {
+  Interruption::Check();
   const Outcome outcome = evaluator_.Evaluate(expression);
   std::vector<NamedNote> notes;
   if (const auto* answer = std::get_if<Answer>(&outcome)) {
