@@ -84,8 +84,10 @@ ElfProgram* LoadedProgram::Open(std::size_t index) {
       const std::vector<std::byte> buildId = BuildIdOfFile(file.path);
       if (buildId != file.buildId) {
         throw Error(ErrorCode::kFileUnusable,
-                    "it is not the one that was loaded: its build-id is " + BuildIdText(buildId) +
-                        ", not " + BuildIdText(file.buildId));
+                    "it is not the file that was loaded: " +
+                        (buildId.empty() ? "it has no build-id"
+                                         : "its build-id is " + BuildIdText(buildId) + ", not " +
+                                               BuildIdText(file.buildId)));
       }
     }
     auto program = std::make_unique<ElfProgram>(file.path, OptionsOf(index));

@@ -211,7 +211,7 @@ def completion(session):
         check(terminal.ask(":qu" + TAB + "x"), "error: there is no command :quitx; did you mean "
               ":quit?", "a command")
         terminal.type("sp" + TAB)
-        terminal.expect("sp")
+        terminal.expect(re.compile("span +spot\n" + PROMPT + "sp"))
         terminal.type("\x15x\r")
         terminal.expect("\n")
         check(terminal.expect(PROMPT), "42\n", "a line that was cleared")

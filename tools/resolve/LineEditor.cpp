@@ -198,6 +198,7 @@ struct LineEditor::Parts {
         errno = EINTR;
         return -1;
       }
+      if (ended) return 0;
       if (sources[0].revents == 0) continue;
       const ssize_t count = read(STDIN_FILENO, byte, 1);
       if (count < 0 && errno == EINTR) continue;
@@ -219,6 +220,7 @@ struct LineEditor::Parts {
       std::fflush(stdout);
     }
     dropped = dropped || seen.interrupt;
+    ended = ended || seen.ended;
     return seen.interrupt;
   }
 
@@ -247,6 +249,7 @@ struct LineEditor::Parts {
   std::string waiting;
   bool pasting = false;
   bool dropped = false;
+  bool ended = false;  ///< a signal asks the process to end
 };
 
 bool LineEditor::IsPossible() {
@@ -263,7 +266,7 @@ LineEditor::~LineEditor() = default;
 LineEditor::Event LineEditor::Read(const std::string& prompt, std::string* line) {
   parts_->prompt = prompt;
   parts_->dropped = false;
-  parts_->signals->Take();
+  parts_->ended = parts_->signals->Take().ended;
   int count = 0;
   const char* const text = el_gets(parts_->editor, &count);
   if (parts_->dropped) {

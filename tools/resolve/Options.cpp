@@ -1,19 +1,22 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
-#include <system_error>
+#include <memory>
 #include <utility>
+
+#include "tools/resolve/Words.h"
 
 namespace tool {
 namespace {
 
 constexpr const char* kDescription =
-    "Resolves C-like expressions over the labels, types and initial memory of a program.";
+    "Resolves C-like expressions over the labels, types and memory of a program file,\n"
+    "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] PROGRAM -
        resolve [OPTIONS] PROGRAM
+       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
        resolve [OPTIONS] --pid PID EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
        resolve --types [PATTERN] PROGRAM)";
@@ -22,8 +25,13 @@ constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
 after it is an expression, also when it begins with "-"; a lone "-" reads
 expressions from standard input, one a line. Without any, a terminal gets a
-prompt, with completion and :help; other input is read as for "-". A PATTERN is matched against whole
-names: "*" stands for any text, "?" for one character; quote it for the shell.
+prompt, with completion and :help; other input is read as for "-". A PATTERN
+is matched against whole names: "*" stands for any text, "?" for one character;
+quote it for the shell.
+
+With --core, PROGRAM may be left out, since the core dump names it. Where more than
+one word is given, the first is PROGRAM when it is an ELF file. A "--" leaves no
+doubt: before the first expression, with PROGRAM in front of it or without.
 
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
@@ -33,6 +41,7 @@ Examples:
   resolve --labels 'table*' prog         what can be named
   resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   echo 'a[3]' | resolve prog -
+  resolve --core core prog 'head->v'     a process that crashed
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
 the command line or the program could not be used, or its process ended.)";
@@ -54,10 +63,11 @@ class HelpText : public CLI::Formatter {
 /// What the library puts into places of its own first.
 struct Given {
   std::string file;
+  std::string core;
   std::string process;
 };
 
-void AddOptions(CLI::App* app, Options* options, Given* given) {
+void AddNameOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("--file", given->file,
                   "Current source file: it chooses between statics of\n"
                   "one name, and the dialect; main's unless given")
@@ -68,6 +78,9 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
                   "program; /usr/lib/debug unless given")
       ->type_name("DIR")
       ->take_last();
+}
+
+void AddAnswerOptions(CLI::App* app, Options* options) {
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
@@ -83,6 +96,9 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   app->add_flag("--json", options->json,
                 "Write one JSON object a line; with --explain, the\n"
                 "steps as well");
+}
+
+void AddListings(CLI::App* app, Options* options) {
   auto* labels = app->add_option("--labels", options->pattern, "List the labels that can be named")
                      ->option_text("[PATTERN]")
                      ->expected(0, 1);
@@ -92,12 +108,19 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
       ->excludes(labels);
 }
 
+void AddCoreOptions(CLI::App* app, Given* given) {
+  app->add_option("--core", given->core, "Take memory from this core dump of the program")
+      ->type_name("CORE")
+      ->take_last();
+}
+
 void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
   app->add_option("--pid", given->process,
                   "Evaluate over the process of this number, as it\n"
                   "runs; the program is the one that it runs")
       ->type_name("PID")
-      ->take_last();
+      ->take_last()
+      ->excludes("--core");
   app->add_flag("--stop", options->stop, "Hold the process meanwhile; it goes on afterwards");
   app->add_option("--program", options->program,
                   "With --pid: where names and types come from, such\n"
@@ -106,23 +129,22 @@ void AddProcessOptions(CLI::App* app, Options* options, Given* given) {
       ->take_last();
 }
 
-/// The process that `--pid` names.
-std::int64_t ToProcess(const std::string& text) {
-  const bool negative = text.starts_with('-');
-  const std::string digits = text.substr(negative ? 1 : 0);
-  if (digits.empty() || digits.find_first_not_of("0123456789") != digits.npos) {
-    throw UsageError("--pid takes the number of a process, not '" + text + "'");
+void AddOptions(CLI::App* app, Options* options, Given* given) {
+  AddNameOptions(app, options, given);
+  AddCoreOptions(app, given);
+  AddProcessOptions(app, options, given);
+  AddAnswerOptions(app, options);
+  AddListings(app, options);
+}
+
+void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
+  if (app.count("--file") > 0) options->file = std::move(given->file);
+  if (app.count("--core") > 0) options->core = std::move(given->core);
+  if (app.count("--pid") > 0) {
+    options->process = ReadProcessNumber(given->process);
+  } else if (app.count("--stop") + app.count("--program") > 0) {
+    throw UsageError("--stop and --program are about a process, which --pid names");
   }
-  if (digits.find_first_not_of('0') == digits.npos) {
-    throw UsageError("--pid: no process has the number 0");
-  }
-  if (negative) throw UsageError("--pid: no process has a negative number, such as " + text);
-  std::int64_t number = 0;
-  const char* const end = digits.data() + digits.size();
-  if (std::from_chars(digits.data(), end, number).ec != std::errc()) {
-    throw UsageError("--pid: no process has a number as large as " + text);
-  }
-  return number;
 }
 
 void DescribeCommand(CLI::App* app) {
@@ -148,39 +170,6 @@ void CheckWatch(const Options& options) {
   }
 }
 
-/// Moves the words that are no options into `options`.
-void TakeWords(std::vector<std::string> words, Options* options) {
-  // The library leaves options that it does not know among the words. They come first, since
-  // nothing behind the first word is taken for an option.
-  if (!words.empty() && words.front() == "--") {
-    words.erase(words.begin());
-  } else if (!words.empty() && words.front().size() > 1 && words.front().front() == '-') {
-    throw UsageError("there is no option " + words.front());
-  } else if (!options->process && words.size() > 1 && words[1] == "--") {
-    words.erase(words.begin() + 1);
-  }
-  const bool lists = options->task != Options::Task::kEvaluate;
-  if (options->process) {
-    options->expressions = std::move(words);
-    if (lists && !options->expressions.empty()) throw UsageError("a listing takes no expressions");
-    if (options->watch) CheckWatch(*options);
-    return;
-  }
-  if (words.empty() && !options->pattern.empty()) {
-    // `--labels prog`: the word was not the pattern that it could have been.
-    words.push_back(std::move(options->pattern));
-    options->pattern.clear();
-  }
-  if (words.empty()) throw UsageError("no program is named");
-  options->program = std::move(words.front());
-  options->expressions.assign(std::make_move_iterator(words.begin() + 1),
-                              std::make_move_iterator(words.end()));
-  if (lists && !options->expressions.empty()) {
-    throw UsageError("a listing takes no expressions; its pattern stands before the program");
-  }
-  if (options->watch) CheckWatch(*options);
-}
-
 }  // namespace
 
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments) {
@@ -189,7 +178,6 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
-  AddProcessOptions(&app, &options, &given);
   try {
     app.parse(std::vector<std::string>(arguments.rbegin(), arguments.rend()));
   } catch (const CLI::CallForHelp&) {
@@ -199,15 +187,11 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (app.count("--file") > 0) options.file = std::move(given.file);
   if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
   if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
-  if (app.count("--pid") > 0) {
-    options.process = ToProcess(given.process);
-  } else if (app.count("--stop") + app.count("--program") > 0) {
-    throw UsageError("--stop and --program are about a process, which --pid names");
-  }
+  TakeTargetOptions(app, &options, &given);
   TakeWords(app.remaining(), &options);
+  if (options.watch) CheckWatch(options);
   return options;
 }
 
@@ -218,7 +202,6 @@ bool LooksLikeOption(const std::string& text) {
   CLI::App app(kDescription);
   DescribeCommand(&app);
   AddOptions(&app, &options, &given);
-  AddProcessOptions(&app, &options, &given);
   return app.get_option_no_throw(text.substr(0, text.find('='))) != nullptr;
 }
 

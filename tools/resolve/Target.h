@@ -8,7 +8,7 @@
 
 #include "targets/LabelSource.h"
 #include "targets/MemorySource.h"
-#include "tools/resolve/Options.h"
+#include "tools/resolve/TargetOptions.h"
 
 namespace tool {
 
@@ -56,7 +56,7 @@ class Target {
 };
 
 /// Opens what the command line asks for, with its current source file. Throws `targets::Error`.
-std::unique_ptr<Target> OpenTarget(const Options& options);
+std::unique_ptr<Target> OpenTarget(const TargetOptions& options);
 
 }  // namespace tool
 

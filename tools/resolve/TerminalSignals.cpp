@@ -18,6 +18,9 @@ constexpr std::array<int, 6> kHandled = {SIGINT, SIGCONT, SIGWINCH, SIGTERM, SIG
 volatile std::sig_atomic_t interruptSeen = 0;
 volatile std::sig_atomic_t resumeSeen = 0;
 volatile std::sig_atomic_t resizeSeen = 0;
+volatile std::sig_atomic_t endSeen = 0;
+/// Someone else has something to give back before the process ends.
+volatile std::sig_atomic_t endWaits = 0;
 std::array<int, 2> wakeUp = {-1, -1};
 termios settings{};
 const char* lastWords = "";
@@ -42,6 +45,10 @@ extern "C" void Handle(int signal) {
       resizeSeen = 1;
       break;
     default:
+      if (endWaits != 0) {
+        endSeen = signal;
+        break;
+      }
       tcsetattr(STDIN_FILENO, TCSANOW, &settings);
       if (write(STDOUT_FILENO, lastWords, lastWordsLength) < 0) errno = error;
       std::signal(signal, SIG_DFL);
@@ -64,6 +71,7 @@ TerminalSignals::TerminalSignals(const termios& restored, const char* farewell) 
     throw StreamError(std::string("cannot watch for signals: ") + std::strerror(errno));
   }
   ForgetSeen();
+  endSeen = 0;
   struct sigaction action {};
   action.sa_handler = Handle;
   for (std::size_t n = 0; n < kHandled.size(); ++n) {
@@ -72,6 +80,8 @@ TerminalSignals::TerminalSignals(const termios& restored, const char* farewell) 
     sigaction(kHandled[n], &action, &former_[n]);
     // One that was ignored on purpose, as by nohup, stays so.
     if (former_[n].sa_handler == SIG_IGN) sigaction(kHandled[n], &former_[n], nullptr);
+    const bool ends = kHandled[n] == SIGTERM || kHandled[n] == SIGHUP;
+    if (ends && former_[n].sa_handler != SIG_IGN) endWaits = former_[n].sa_handler != SIG_DFL;
   }
 }
 
@@ -81,6 +91,7 @@ TerminalSignals::~TerminalSignals() {
     close(end);
     end = -1;
   }
+  if (endSeen != 0) raise(endSeen);
 }
 
 int TerminalSignals::Descriptor() const {
@@ -91,7 +102,7 @@ TerminalSignals::Seen TerminalSignals::Take() {
   std::array<char, 64> bytes{};
   while (read(wakeUp[0], bytes.data(), bytes.size()) > 0) {
   }
-  const Seen seen{interruptSeen != 0, resumeSeen != 0, resizeSeen != 0};
+  const Seen seen{interruptSeen != 0, resumeSeen != 0, resizeSeen != 0, endSeen != 0};
   ForgetSeen();
   return seen;
 }

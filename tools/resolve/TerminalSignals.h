@@ -11,6 +11,7 @@ namespace tool {
 
 /// Takes over the signals that matter to a terminal whose settings were changed, as long as it
 /// lives; there can be one at a time. A signal that ends the process puts the settings back first.
+/// One that someone else handles is kept until this object goes, and then raised again.
 class TerminalSignals {
  public:
   /// `restored` are the settings to put back, and `farewell` what is written to the terminal then;
@@ -28,6 +29,7 @@ class TerminalSignals {
     bool interrupt = false;  ///< Ctrl-C
     bool resumed = false;    ///< the process was stopped, and runs on
     bool resized = false;    ///< the terminal has another size
+    bool ended = false;      ///< the process is to end
   };
   Seen Take();
 
