@@ -11,6 +11,7 @@
 
 #include "tools/resolve/Complaint.h"
 #include "tools/resolve/JsonLines.h"
+#include "tools/resolve/Layout.h"
 #include "tools/resolve/Listing.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
@@ -68,6 +69,17 @@ Status List(Target& target, const Options& options, Output* output) {
   return kNotResolved;
 }
 
+Status ShowLayout(Target& target, const std::string& name, Output* output) {
+  const targets::TypeNumber type = TypeNamed(target.Labels(), name);
+  if (type == 0) {
+    Complain("no type of " + target.Name() + " is called " + name);
+    return kNotResolved;
+  }
+  output->Write(LayoutText(target.Labels(), type));
+  output->Flush();
+  return kAllResolved;
+}
+
 Status Run(const std::vector<std::string>& arguments) {
   Output output(STDOUT_FILENO, "standard output");
   const auto request = ReadOptions(arguments);
@@ -79,6 +91,7 @@ Status Run(const std::vector<std::string>& arguments) {
   const auto& options = std::get<Options>(request);
   const std::unique_ptr<Target> target = OpenTarget(options);
   for (const std::string& warning : target->Warnings()) Warn(warning);
+  if (options.task == Options::Task::kLayout) return ShowLayout(*target, options.type, &output);
   if (options.task != Options::Task::kEvaluate) return List(*target, options, &output);
   if (options.expressions.empty()) {
     if (Prompt::IsPossible()) return Prompt(*target, options, &output).Run();

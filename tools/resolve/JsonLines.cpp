@@ -1,11 +1,17 @@
 #include "tools/resolve/JsonLines.h"
 
+#include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstddef>
 #include <nlohmann/json.hpp>
 #include <variant>
 
+#include "tools/resolve/BitFields.h"
+#include "tools/resolve/Denoted.h"
 #include "tools/resolve/Explanation.h"
+#include "tools/resolve/ScalarText.h"
 
 namespace tool {
 namespace {
@@ -111,12 +117,42 @@ Json EventOf(const HostEvent& event, targets::LabelSource& labels) {
   return entry;
 }
 
-void AddAnswer(const Answer& answer, Json* object) {
-  const std::string text = FormatValue(answer);
-  (*object)["value"] = NumberOf(text, answer.floating);
+template <typename Number>
+std::string Digits(Number number) {
+  std::array<char, 64> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(), number).ptr;
+  return {text.data(), end};
+}
+
+/// The value as a number, with all the digits that it has; null when it has none.
+Json ValueOf(const Answer& answer, targets::LabelSource& labels) {
+  if (!answer.denoted) return NumberOf(FormatValue(answer), answer.floating);
+  const targets::TypeShape& shape = ShapeOf(*answer.denoted, labels);
+  const std::vector<std::byte>& bytes = answer.denoted->bytes;
+  if (IsAggregate(shape)) return nullptr;
+  if (shape.kind == targets::TypeShape::Kind::kFloating) {
+    if (bytes.size() < shape.size || !answer.isNumber) return nullptr;
+    const auto bits = static_cast<std::uint64_t>(IntegerIn(bytes, labels.Order()));
+    if (shape.size == sizeof(double)) return NumberOf(Digits(std::bit_cast<double>(bits)), true);
+    if (shape.size != sizeof(float)) return nullptr;
+    return NumberOf(Digits(std::bit_cast<float>(static_cast<std::uint32_t>(bits))), true);
+  }
+  if (shape.bits != 0 && bytes.size() >= BytesOfBits(shape.firstBit, shape.bits)) {
+    const WideUnsigned bits = BitsIn(bytes, shape.firstBit, shape.bits, labels.Order());
+    return NumberOf(NumberText(bits, shape.bits, shape.isSigned), false);
+  }
+  return answer.isNumber ? NumberOf(FormatValue(answer), answer.floating) : Json();
+}
+
+void AddAnswer(const Answer& answer, const std::string& text, targets::LabelSource& labels,
+               Json* object) {
+  std::string type = answer.typeName;
+  if (answer.denoted) type = ShapeOf(*answer.denoted, labels).name;
+  (*object)["value"] = ValueOf(answer, labels);
   (*object)["text"] = text;
-  (*object)["type"] = nullptr;
+  (*object)["type"] = type.empty() ? Json() : Json(type);
   (*object)["size"] = answer.size;
+  (*object)["bits"] = answer.bits != 0 ? Json(answer.bits) : Json();
   (*object)["signed"] = answer.isSigned;
   (*object)["floating"] = answer.floating;
   (*object)["address"] = answer.address ? Json(FormatAddress(*answer.address)) : Json();
@@ -126,15 +162,15 @@ void AddAnswer(const Answer& answer, Json* object) {
 }  // namespace
 
 std::string JsonOfResolution(const ResolutionLog& log, const Outcome& outcome,
-                             const std::vector<NamedNote>& notes, bool withLog,
-                             targets::LabelSource& labels) {
+                             const std::string& text, const std::vector<NamedNote>& notes,
+                             bool withLog, targets::LabelSource& labels) {
   const auto* answer = std::get_if<Answer>(&outcome);
   Json object = {{"expression", log.given}, {"prepared", nullptr}};
   if (!log.prepared.empty()) object["prepared"] = log.prepared;
   object["status"] = answer != nullptr ? "resolved" : "failed";
   object["message"] = nullptr;
   if (answer != nullptr) {
-    AddAnswer(*answer, &object);
+    AddAnswer(*answer, text, labels, &object);
   } else {
     object["message"] = std::get<Failure>(outcome).message;
   }

@@ -42,7 +42,7 @@ class LayoutWriter {
   explicit LayoutWriter(targets::LabelSource& labels) : labels_(labels) {}
 
   std::vector<Row> Write(const TypeShape& shape) {
-    Members(shape, 0, 0);
+    if (IsStructure(shape)) Members(shape, 0, 0);
     return std::move(rows_);
   }
 

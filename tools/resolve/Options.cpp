@@ -1,6 +1,7 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -19,7 +20,8 @@ constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
        resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
        resolve [OPTIONS] --pid PID EXPRESSION...
        resolve --labels [PATTERN] PROGRAM
-       resolve --types [PATTERN] PROGRAM)";
+       resolve --types [PATTERN] PROGRAM
+       resolve --layout TYPE PROGRAM)";
 
 constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
@@ -36,6 +38,8 @@ doubt: before the first expression, with PROGRAM in front of it or without.
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
   resolve -v prog 'a[i]' '(int)x + 1'    size, sign and address as well
+  resolve prog 'arr[1]' 'head'           a structure, a pointer with its label
+  resolve --count 4 --format x prog p    four elements behind a pointer
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
@@ -51,6 +55,26 @@ constexpr std::size_t kOptionColumn = 22;
 // In seconds. Below, a terminal shows nothing but changes; above, nobody waits.
 constexpr double kShortestWatch = 0.01;
 constexpr double kLongestWatch = 86400.0;
+/// The formats in lines that fit beside the options.
+std::string FormatHelp() {
+  constexpr std::size_t kWidth = 48;
+  std::string help;
+  std::string line = "Write values as:";
+  std::string names = FormatNames() + ",";
+  while (!names.empty()) {
+    const std::size_t end = names.find(',') + 1;
+    const std::string name = names.substr(0, end);
+    names.erase(0, std::min(end + 1, names.size()));
+    if (line.size() + 1 + name.size() > kWidth) {
+      help += line + "\n";
+      line = name;
+    } else {
+      line += " " + name;
+    }
+  }
+  line.pop_back();
+  return help + line;
+}
 
 class HelpText : public CLI::Formatter {
  public:
@@ -65,6 +89,10 @@ struct Given {
   std::string file;
   std::string core;
   std::string process;
+  std::string notes = "show";
+  bool noNotes = false;
+  std::string format;
+  std::uint64_t count = 0;
 };
 
 void AddNameOptions(CLI::App* app, Options* options, Given* given) {
@@ -80,7 +108,7 @@ void AddNameOptions(CLI::App* app, Options* options, Given* given) {
       ->take_last();
 }
 
-void AddAnswerOptions(CLI::App* app, Options* options) {
+void AddAnswerOptions(CLI::App* app, Options* options, Given* given) {
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
@@ -93,9 +121,31 @@ void AddAnswerOptions(CLI::App* app, Options* options) {
   app->add_flag("--explain", options->explain,
                 "Show what was handed to the resolver, what it asked\n"
                 "for, and what it was answered");
+  app->add_flag("--no-notes", given->noNotes,
+                "Do not say where an expression means something else\n"
+                "than in C");
+  app->add_option("--notes", given->notes,
+                  "show, none or error: an expression that meets such a\n"
+                  "difference fails")
+      ->check(CLI::IsMember({"show", "none", "error"}))
+      ->option_text("WHAT")
+      ->take_last();
   app->add_flag("--json", options->json,
                 "Write one JSON object a line; with --explain, the\n"
                 "steps as well");
+  auto* plain = app->add_flag("--plain", options->plain,
+                              "Print numbers only, whatever the type; what has no\n"
+                              "number is an error then");
+  app->add_option("--format", given->format, FormatHelp())
+      ->type_name("F")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--count", given->count,
+                  "See a pointer, an array or an object as so many\n"
+                  "elements")
+      ->type_name("N")
+      ->take_last()
+      ->excludes(plain);
 }
 
 void AddListings(CLI::App* app, Options* options) {
@@ -106,6 +156,31 @@ void AddListings(CLI::App* app, Options* options) {
       ->option_text("[PATTERN]")
       ->expected(0, 1)
       ->excludes(labels);
+  app->add_option("--layout", options->type, "Show offsets, sizes and holes of a type")
+      ->type_name("TYPE")
+      ->take_last()
+      ->excludes(labels);
+}
+
+/// Takes over what the library could not check.
+void TakeGiven(const CLI::App& app, Given given, Options* options) {
+  if (app.count("--file") > 0) options->file = std::move(given.file);
+  if (app.count("--format") > 0) {
+    const std::optional<Format> format = FormatNamed(given.format);
+    if (!format) {
+      throw UsageError("there is no format " + given.format + "; there are " + FormatNames());
+    }
+    options->format = *format;
+  }
+  if (app.count("--count") > 0) {
+    if (given.count == 0) throw UsageError("--count: at least 1 element is to be shown");
+    options->count = given.count;
+  }
+  if (given.notes == "error") options->notes = Options::Notes::kError;
+  if (given.notes == "none" || given.noNotes) options->notes = Options::Notes::kNone;
+  if (app.count("--labels") > 0) options->task = Options::Task::kListLabels;
+  if (app.count("--types") > 0) options->task = Options::Task::kListTypes;
+  if (app.count("--layout") > 0) options->task = Options::Task::kLayout;
 }
 
 void AddCoreOptions(CLI::App* app, Given* given) {
@@ -133,12 +208,11 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   AddNameOptions(app, options, given);
   AddCoreOptions(app, given);
   AddProcessOptions(app, options, given);
-  AddAnswerOptions(app, options);
+  AddAnswerOptions(app, options, given);
   AddListings(app, options);
 }
 
 void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
-  if (app.count("--file") > 0) options->file = std::move(given->file);
   if (app.count("--core") > 0) options->core = std::move(given->core);
   if (app.count("--pid") > 0) {
     options->process = ReadProcessNumber(given->process);
@@ -187,9 +261,8 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
-  if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
   TakeTargetOptions(app, &options, &given);
+  TakeGiven(app, std::move(given), &options);
   TakeWords(app.remaining(), &options);
   if (options.watch) CheckWatch(options);
   return options;

@@ -12,6 +12,9 @@ class ResolverView : public TStringResolver {
  public:
   using TStringResolver::TStringResolver;
 
+  /// Did any resolution leave a result block?
+  [[nodiscard]] bool HasResult() const { return !areaBlocks.empty(); }
+
   /// The result block before its final read. Only after a resolution that came so far.
   [[nodiscard]] const AreaBlock& Result() const { return areaBlocks.front(); }
 

@@ -35,6 +35,7 @@ std::string InBase(WideUnsigned value, unsigned bitsPerDigit, std::string_view p
 
 std::string CharacterText(const Scalar& scalar, bool always) {
   std::string text = NumberText(scalar.bits, scalar.width, scalar.shape.isSigned);
+  if (scalar.shape.kind != Kind::kCharacter && scalar.bits > 0xFF) return text;
   const std::string quoted = QuotedCharacter(static_cast<std::uint32_t>(scalar.bits), scalar.width);
   const bool readable = quoted.find("\\x") == std::string::npos;
   return readable || always ? text + " " + quoted : text;
@@ -174,7 +175,8 @@ std::string ScalarText(const Scalar& scalar, targets::LabelSource& labels, Forma
     case Format::kBinary:
       return InBase(scalar.bits, 1, "0b");
     case Format::kDecimal:
-      return NumberText(scalar.bits, scalar.width, true);
+      // One bit without a sign is no -1.
+      return NumberText(scalar.bits, scalar.width, scalar.shape.bits == 0 || scalar.shape.isSigned);
     case Format::kUnsigned:
       return NumberText(scalar.bits, scalar.width, false);
     case Format::kCharacter:

@@ -1,12 +1,15 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_SESSION_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_SESSION_H
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/resolve/Command.h"
 #include "tools/resolve/Evaluator.h"
 #include "tools/resolve/NamedNote.h"
+#include "tools/resolve/Notes.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
 #include "tools/resolve/Target.h"
@@ -26,16 +29,25 @@ class Session {
  private:
   void RunStandardInput();
   void RunOne(const std::string& expression);
-  void WriteJson(const Outcome& outcome, std::vector<NamedNote> notes);
+  void Fail(const std::string& expression, const std::string& message);
+  /// The answer's line. Throws `targets::Error`.
+  std::string LineOf(Answer* answer);
+  std::vector<NamedNote> NotesOn(const std::string& expression, const Outcome& outcome);
+  void WriteJson(const Outcome& outcome, const std::string& line, std::vector<NamedNote> notes);
   void WriteExplanation(const Outcome& outcome);
   void ExplainOnce(const std::string& message);
 
   Target& target_;
   Evaluator evaluator_;
+  NoteFinder notes_;
+  Options::Notes wantedNotes_;
+  bool exact_;
   bool explained_ = false;
   bool verbose_;
   bool explain_;
   bool json_;
+  Format format_;
+  std::optional<std::uint64_t> count_;
   Output* output_;
   Status status_ = kAllResolved;
 };

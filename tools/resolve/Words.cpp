@@ -71,6 +71,9 @@ void TakeWords(std::vector<std::string> words, Options* options) {
     words.erase(words.begin());
   }
   options->expressions = std::move(words);
+  if (options->task == Options::Task::kLayout && !options->expressions.empty()) {
+    throw UsageError("a layout takes no expressions");
+  }
   if (lists && !options->expressions.empty()) {
     throw UsageError(unsaid == FirstWord::kIsNoProgram
                          ? "a listing takes no expressions"
