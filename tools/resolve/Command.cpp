@@ -18,6 +18,7 @@
 #include "tools/resolve/Prompt.h"
 #include "tools/resolve/Session.h"
 #include "tools/resolve/Target.h"
+#include "tools/resolve/WatchRun.h"
 
 namespace tool {
 namespace {
@@ -93,8 +94,9 @@ Status Run(const std::vector<std::string>& arguments) {
   for (const std::string& warning : target->Warnings()) Warn(warning);
   if (options.task == Options::Task::kLayout) return ShowLayout(*target, options.type, &output);
   if (options.task != Options::Task::kEvaluate) return List(*target, options, &output);
+  if (options.watch) return RunWatch(*target, options, &output);
   if (options.expressions.empty()) {
-    if (Prompt::IsPossible()) return Prompt(*target, options, &output).Run();
+    if (!options.json && Prompt::IsPossible()) return Prompt(*target, options, &output).Run();
     return Session(*target, options, &output).Run({"-"});
   }
   if (options.verbose) Note("reading " + target->Description());

@@ -125,6 +125,8 @@ Completions Completer::CompleteArgument(ArgumentKind kind, std::string_view text
     }
   } else if (kind == ArgumentKind::kCommand) {
     for (const CommandDescription& command : PromptCommands()) names.Add(command.name);
+  } else {
+    for (const std::string& name : LongFormatNames()) names.Add(name);
   }
   names.Sort();
   return Choose(names, word, start);

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "targets/TypeNames.h"
 #include "tools/resolve/CharacterConstant.h"
+#include "tools/resolve/Denoted.h"
 #include "tools/resolve/ExpressionText.h"
 
 namespace tool {
@@ -53,25 +55,39 @@ std::string InParentheses(std::string_view text) {
   return std::string("(").append(text).append(")");
 }
 
-std::string Described(std::string_view expression, const Answer& answer, std::string_view typeName,
-                      bool isArray) {
-  const bool named = !typeName.empty() && !isArray && answer.space == 0;
-  if (named && answer.address) {
-    return "(*" + InParentheses(std::string(typeName) + "*") + FormatAddress(*answer.address) + ")";
+/// The type of an object as a cast to a pointer to it spells it; empty when no cast can.
+std::string CastName(const Denoted& denoted, targets::LabelSource& labels) {
+  using Kind = targets::TypeShape::Kind;
+  const targets::TypeShape& shape = ShapeOf(denoted, labels);
+  const bool object = shape.kind != Kind::kArray && shape.kind != Kind::kFunction &&
+                      shape.kind != Kind::kVoid && shape.kind != Kind::kOther && shape.bits == 0;
+  if (!object || shape.isIncomplete || denoted.space != 0) return "";
+  const auto known = [&](std::string_view base) { return labels.HasType(base); };
+  return targets::CanonicalTypeName(shape.name, known) ? shape.name : "";
+}
+
+std::string Described(std::string_view expression, const Answer& answer,
+                      targets::LabelSource& labels) {
+  if (answer.denoted && answer.denoted->address) {
+    const std::string type = CastName(*answer.denoted, labels);
+    if (!type.empty()) {
+      return "(*" + InParentheses(type + "*") + FormatAddress(*answer.denoted->address) + ")";
+    }
   }
-  if (!answer.floating && !answer.address) {
-    if (named) return "(" + InParentheses(typeName) + FormatValue(answer) + ")";
-    // What a numeral is by itself.
-    if (answer.size == 8 && !answer.negative && !isArray) return FormatValue(answer);
-  }
+  const bool computed = !answer.address && !(answer.denoted && answer.denoted->address);
+  // What a numeral is by itself. A pointer is more than that.
+  const bool number = answer.isNumber && !answer.floating && !answer.negative && answer.size == 8 &&
+                      !answer.isSigned;
+  const bool pointer = answer.denoted && ShapeOf(*answer.denoted, labels).target != 0;
+  if (computed && number && !pointer) return FormatValue(answer);
   return IsOneOperand(expression) ? std::string(expression) : InParentheses(expression);
 }
 
 }  // namespace
 
-void LastValue::Keep(std::string_view expression, const Answer& answer, std::string_view typeName,
-                     bool isArray) {
-  text_ = Described(expression, answer, typeName, isArray);
+void LastValue::Keep(std::string_view expression, const Answer& answer,
+                     targets::LabelSource& labels) {
+  text_ = Described(expression, answer, labels);
   if (text_.size() > kLongestText) text_.clear();
 }
 

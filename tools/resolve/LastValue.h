@@ -7,6 +7,7 @@
 #include <string_view>
 #include <variant>
 
+#include "targets/LabelSource.h"
 #include "tools/resolve/Answer.h"
 
 namespace tool {
@@ -20,10 +21,9 @@ namespace tool {
 /// the program has it now.
 class LastValue {
  public:
-  /// Takes note of a value. `expression` is the text that was evaluated, without `$`; `typeName` is
-  /// the type of the object or value as a cast spells it, empty when no cast can.
-  void Keep(std::string_view expression, const Answer& answer, std::string_view typeName,
-            bool isArray);
+  /// Takes note of a value of the program with these labels. `expression` is the text that was
+  /// evaluated, without `$`.
+  void Keep(std::string_view expression, const Answer& answer, targets::LabelSource& labels);
 
   void Forget() { text_.clear(); }
 

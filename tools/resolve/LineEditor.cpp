@@ -80,7 +80,7 @@ struct LineEditor::Parts {
     if (tcgetattr(STDIN_FILENO, &former) != 0) {
       throw StreamError("cannot read the settings of the terminal");
     }
-    signals.emplace(former, kDoNotFramePastes);
+    signals.emplace(&former, kDoNotFramePastes);
     editor = el_init("resolve", stdin, stdout, stderr);
     history = history_init();
     if (editor == nullptr || history == nullptr) {

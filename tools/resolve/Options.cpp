@@ -237,6 +237,9 @@ void CheckWatch(const Options& options) {
     throw UsageError("--watch takes 0.01 to 86400 seconds");
   }
   if (options.task != Options::Task::kEvaluate) throw UsageError("a listing cannot be watched");
+  if (options.json || options.explain) {
+    throw UsageError("--watch shows values only, without --json and --explain");
+  }
   if (options.expressions.empty()) throw UsageError("no expression is given to --watch");
   if (options.expressions == std::vector<std::string>{"-"}) {
     throw UsageError(

@@ -9,6 +9,7 @@
 
 #include "targets/Error.h"
 #include "tools/resolve/ExpressionText.h"
+#include "tools/resolve/Layout.h"
 #include "tools/resolve/LineEditor.h"
 #include "tools/resolve/LineReader.h"
 #include "tools/resolve/Listing.h"
@@ -22,7 +23,11 @@ constexpr const char* kPrompt = "resolve> ";
 }  // namespace
 
 Prompt::Prompt(Target& target, const Options& options, Output* output)
-    : target_(target), options_(options), output_(output), completer_(target, last_) {
+    : target_(target),
+      options_(options),
+      output_(output),
+      format_(options.format),
+      completer_(target, last_) {
   Open();
 }
 
@@ -31,9 +36,7 @@ bool Prompt::IsPossible() {
 }
 
 void Prompt::Open() {
-  evaluator_.emplace(target_.Labels(), target_.Memory(),
-                     options_.exact ? Evaluator::Text::kExact : Evaluator::Text::kC);
-  if (const auto size = target_.WordSize()) evaluator_->SetWordSize(*size);
+  session_.emplace(target_, options_, output_);
 }
 
 Status Prompt::Run() {
@@ -110,42 +113,82 @@ void Prompt::KeepInHistory(const std::string& line) {
 
 bool Prompt::Handle(const std::string& line) {
   if (IsBlankText(line)) return true;
-  if (!IsCommand(line)) {
-    Evaluate(line);
-    return true;
-  }
-  const auto read = ReadCommand(line);
-  if (const auto* error = std::get_if<CommandError>(&read)) {
-    ShowError(error->message);
-    return true;
-  }
   try {
-    return RunCommand(std::get<CommandCall>(read));
+    if (!IsCommand(line)) {
+      Evaluate(line);
+      return true;
+    }
+    const auto read = ReadCommand(line);
+    if (const auto* call = std::get_if<CommandCall>(&read)) return RunCommand(*call);
+    ShowError(std::get<CommandError>(read).message);
+    return true;
   } catch (const targets::Error& error) {
     ShowError(error.what());
     return true;
   }
 }
 
-void Prompt::Evaluate(const std::string& expression) {
+void Prompt::Evaluate(const std::string& line) {
+  const auto asked = ReadLine(line);
+  if (const auto* error = std::get_if<CommandError>(&asked)) return ShowError(error->message);
+  const auto& request = std::get<PromptLine>(asked);
+  const LastValue::Inserted inserted = last_.Insert(request.expression);
+  if (!inserted.error.empty()) return ShowError(inserted.error);
+  session_->ShowAs(request.format.value_or(format_),
+                   request.count ? request.count : options_.count);
+  const auto [outcome, value, notes] = session_->Resolve(inserted.text);
+  if (options_.explain) {
+    for (const std::string& step : session_->Explanation(outcome)) output_->WriteLine(step);
+  }
+  const auto* const failure = std::get_if<Failure>(&outcome);
+  if (failure == nullptr) {
+    const auto& answer = std::get<Answer>(outcome);
+    output_->WriteLine(options_.verbose ? value + "  " + FormatDetails(answer) : value);
+    last_.Keep(inserted.text, answer, target_.Labels());
+  }
+  output_->Flush();
+  if (failure != nullptr) ShowFailure(failure->message);
+  for (const NamedNote& note : notes) {
+    if (failure == nullptr || note.text != failure->message) ShowNote(note.text);
+  }
+}
+
+void Prompt::ShowFailure(const std::string& message) {
+  ShowError(message);
+  const std::optional<std::string> reason = target_.WhyIncomplete();
+  if (explained_ || !reason) return;
+  explained_ = true;
+  if (message.find(*reason) == std::string::npos) ShowNote(*reason);
+}
+
+void Prompt::Explain(const std::string& expression) {
   const LastValue::Inserted inserted = last_.Insert(expression);
   if (!inserted.error.empty()) return ShowError(inserted.error);
-  const Outcome outcome = evaluator_->Evaluate(inserted.text);
-  if (const auto* failure = std::get_if<Failure>(&outcome)) {
-    ShowError(failure->message);
-    const std::optional<std::string> reason = target_.WhyIncomplete();
-    if (!explained_ && reason && failure->message.find(*reason) == std::string::npos) {
-      explained_ = true;
-      ShowNote(*reason);
-    }
-    return;
-  }
-  const auto& answer = std::get<Answer>(outcome);
-  output_->WriteLine(options_.verbose ? FormatValue(answer) + "  " + FormatDetails(answer)
-                                      : FormatValue(answer));
+  session_->ShowAs(format_, options_.count);
+  const Session::Result result = session_->Resolve(inserted.text);
+  for (const std::string& step : session_->Explanation(result.outcome)) output_->WriteLine(step);
   output_->Flush();
-  for (const std::string& note : answer.notes) ShowNote(note);
-  last_.Keep(inserted.text, answer, "", false);
+}
+
+void Prompt::ShowLayout(const std::string& type) {
+  const targets::TypeNumber number = TypeNamed(target_.Labels(), type);
+  if (number == 0) return ShowError("no type of " + target_.Name() + " is called " + type);
+  output_->Write(LayoutText(target_.Labels(), number));
+  output_->Flush();
+}
+
+void Prompt::ShowOrChooseFormat(const std::string& name) {
+  if (!name.empty()) {
+    const std::optional<Format> format = FormatNamed(name);
+    if (!format) {
+      return ShowError("there is no format " + name + "; there are " + FormatNames());
+    }
+    format_ = *format;
+  }
+  for (const std::string& word : LongFormatNames()) {
+    if (FormatNamed(word) == format_) output_->WriteLine(word);
+  }
+  output_->Flush();
 }
 
 bool Prompt::RunCommand(const CommandCall& call) {
@@ -157,6 +200,15 @@ bool Prompt::RunCommand(const CommandCall& call) {
     case CommandName::kTypes:
       List(call);
       return true;
+    case CommandName::kLayout:
+      ShowLayout(call.argument);
+      return true;
+    case CommandName::kFormat:
+      ShowOrChooseFormat(call.argument);
+      return true;
+    case CommandName::kExplain:
+      Explain(call.argument);
+      return true;
     case CommandName::kFile:
       ShowOrChooseFile(call.argument);
       return true;
@@ -165,9 +217,8 @@ bool Prompt::RunCommand(const CommandCall& call) {
       return true;
     case CommandName::kQuit:
       return false;
-    default:
-      return true;
   }
+  return true;
 }
 
 void Prompt::ShowHelp(const std::string& name) {

@@ -7,12 +7,13 @@
 
 #include "tools/resolve/Command.h"
 #include "tools/resolve/Completion.h"
-#include "tools/resolve/Evaluator.h"
+#include "tools/resolve/Format.h"
 #include "tools/resolve/HistoryFile.h"
 #include "tools/resolve/LastValue.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
 #include "tools/resolve/PromptCommands.h"
+#include "tools/resolve/Session.h"
 #include "tools/resolve/Style.h"
 #include "tools/resolve/Target.h"
 
@@ -47,7 +48,11 @@ class Prompt {
   void KeepInHistory(const std::string& line);
   void Open();
 
-  void Evaluate(const std::string& expression);
+  void Evaluate(const std::string& line);
+  void ShowFailure(const std::string& message);
+  void Explain(const std::string& expression);
+  void ShowLayout(const std::string& type);
+  void ShowOrChooseFormat(const std::string& name);
   bool RunCommand(const CommandCall& call);
   void ShowHelp(const std::string& name);
   void List(const CommandCall& call);
@@ -61,7 +66,8 @@ class Prompt {
   const Options& options_;
   Output* output_;
   Style errors_ = Style::For(2);
-  std::optional<Evaluator> evaluator_;
+  std::optional<Session> session_;
+  Format format_;
   LastValue last_;
   Completer completer_;
   std::optional<HistoryFile> history_;

@@ -1,11 +1,15 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_PROMPTCOMMANDS_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_PROMPTCOMMANDS_H
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
+
+#include "tools/resolve/Format.h"
 
 namespace tool {
 
@@ -68,6 +72,20 @@ bool IsCommand(std::string_view line);
 /// Reads a line that `IsCommand`. An argument that is missing or too much is an error; what it
 /// means is the command's own affair.
 std::variant<CommandCall, CommandError> ReadCommand(std::string_view line);
+
+/// What a line that is no command asks for.
+struct PromptLine {
+  std::string expression;
+  std::optional<Format> format;        ///< the session's unless given
+  std::optional<std::uint64_t> count;  ///< of elements
+};
+
+/// Reads a line that is no command: an expression, with a suffix such as `/x` or `/4x` and a blank
+/// before it, or the suffix alone, which is about the last value.
+std::variant<PromptLine, CommandError> ReadLine(std::string_view line);
+
+/// The names of formats that are words.
+std::vector<std::string> LongFormatNames();
 
 /// What `:help` shows: every command, or the one in `name`, with or without its mark.
 std::variant<std::vector<std::string>, CommandError> CommandHelp(std::string_view name);

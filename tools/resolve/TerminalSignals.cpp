@@ -23,6 +23,7 @@ volatile std::sig_atomic_t endSeen = 0;
 volatile std::sig_atomic_t endWaits = 0;
 std::array<int, 2> wakeUp = {-1, -1};
 termios settings{};
+volatile std::sig_atomic_t settingsChanged = 0;
 const char* lastWords = "";
 std::size_t lastWordsLength = 0;
 
@@ -49,7 +50,7 @@ extern "C" void Handle(int signal) {
         endSeen = signal;
         break;
       }
-      tcsetattr(STDIN_FILENO, TCSANOW, &settings);
+      if (settingsChanged != 0) tcsetattr(STDIN_FILENO, TCSANOW, &settings);
       if (write(STDOUT_FILENO, lastWords, lastWordsLength) < 0) errno = error;
       std::signal(signal, SIG_DFL);
       // Comes when this handler has returned.
@@ -63,8 +64,9 @@ extern "C" void Handle(int signal) {
 
 }  // namespace
 
-TerminalSignals::TerminalSignals(const termios& restored, const char* farewell) {
-  settings = restored;
+TerminalSignals::TerminalSignals(const termios* restored, const char* farewell) {
+  settingsChanged = restored != nullptr ? 1 : 0;
+  if (restored != nullptr) settings = *restored;
   lastWords = farewell;
   lastWordsLength = std::strlen(farewell);
   if (pipe2(wakeUp.data(), O_CLOEXEC | O_NONBLOCK) != 0) {
@@ -72,6 +74,7 @@ TerminalSignals::TerminalSignals(const termios& restored, const char* farewell) 
   }
   ForgetSeen();
   endSeen = 0;
+  endWaits = 0;
   struct sigaction action {};
   action.sa_handler = Handle;
   for (std::size_t n = 0; n < kHandled.size(); ++n) {
@@ -81,7 +84,9 @@ TerminalSignals::TerminalSignals(const termios& restored, const char* farewell) 
     // One that was ignored on purpose, as by nohup, stays so.
     if (former_[n].sa_handler == SIG_IGN) sigaction(kHandled[n], &former_[n], nullptr);
     const bool ends = kHandled[n] == SIGTERM || kHandled[n] == SIGHUP;
-    if (ends && former_[n].sa_handler != SIG_IGN) endWaits = former_[n].sa_handler != SIG_DFL;
+    if (ends && former_[n].sa_handler != SIG_IGN) {
+      endWaits = former_[n].sa_handler != SIG_DFL ? 1 : 0;
+    }
   }
 }
 

@@ -14,9 +14,11 @@ namespace tool {
 /// One that someone else handles is kept until this object goes, and then raised again.
 class TerminalSignals {
  public:
-  /// `restored` are the settings to put back, and `farewell` what is written to the terminal then;
-  /// it must live as long as the process.
-  TerminalSignals(const termios& restored, const char* farewell);
+  /// For a terminal whose settings stay as they are, or an output that is none.
+  TerminalSignals() : TerminalSignals(nullptr, "") {}
+  /// `restored` are the settings to put back, if any, and `farewell` what is written to the
+  /// terminal then; it must live as long as the process.
+  TerminalSignals(const termios* restored, const char* farewell);
   TerminalSignals(const TerminalSignals&) = delete;
   TerminalSignals& operator=(const TerminalSignals&) = delete;
   ~TerminalSignals();
