@@ -180,15 +180,51 @@ def last_value(session):
     """`$` is the last value."""
     with session.prompt() as terminal:
         check(terminal.ask("$ + 1"), "error: there is no last value for `$` yet", "no value yet")
-        check(terminal.ask("head"), re.compile(".+"), "a pointer")
-        check(terminal.ask("$->next"), re.compile(".+"), "its member")
-        check(terminal.ask("$->v"), "22", "the member's member")
-        check(terminal.ask("$ + 1"), "23", "a sum")
-        check(terminal.ask("$ * $"), "529", "twice in one")
-        check(terminal.ask("nowhere"), "error: Undefined label nowhere", "a failure")
-        check(terminal.ask("$"), "529", "which left the value alone")
-        check(terminal.ask("arr[1].x"), "2", "a member")
-        check(terminal.ask("&$ == &arr[1]"), "1", "which is an object")
+        for line, answer in (
+                ("head", re.compile("0x[0-9a-f]+ <first>")),
+                ("$->next", re.compile("0x[0-9a-f]+ <second>")),
+                ("$->v", "22"),
+                ("$ + 1", "23"),
+                ("$ * $", "529"),
+                ("nowhere", "error: Undefined label nowhere"),
+                ("$", "529"),
+                ("arr[1].x", "2"),
+                ("&$ == &arr[1]", "1"),
+                ("*head", re.compile("{next = .* v = 11}")),
+                ("$.v", "11"),
+                ("s", re.compile("{in = {x = 1, y = 2}, .*}")),
+                ("$.in.y", "2"),
+                ("a", "{10, 20, 30, 40, 50}"),
+                ("$[3]", "40"),
+                ("spot", "{x = 70, y = 7}"),
+                ("$.x", "70"),
+                ("nameless", "{left = -1, right = 1}"),
+                ("$.left", "-1"),
+                ("&arr[2]", re.compile("0x[0-9a-f]+ <arr[+]16>")),
+                ("$->x", "3"),
+                ("letter == '$'", "0")):
+            check(terminal.ask(line), answer, line)
+
+
+def formats(session):
+    """A suffix or :format chooses how values are written."""
+    with session.prompt("--format", "o") as terminal:
+        for line, answer in (
+                ("x", "052"),
+                ("/d x", "42"),
+                ("/x x", "0x2a"),
+                ("/t", "0b101010"),
+                ("/2d p", "{20, 30}"),
+                (":format", "octal"),
+                (":format x", "hexadecimal"),
+                ("x + 1", "0x2b"),
+                ("/3 arr[0].x", re.compile("{0x1, 0xffffffff, 0x2}|{0x1, .*}")),
+                (":format natural", "natural"),
+                ("x", "42"),
+                (":format yes", re.compile("error: there is no format yes; there are x hexa.*")),
+                ("/y x", re.compile("error: there is no format `/y`; there are x hexadecimal.*")),
+                ("/0 x", re.compile("error: there is no format `/0`; .*"))):
+            check(terminal.ask(line), answer, line)
 
 
 def completion(session):
@@ -207,7 +243,7 @@ def completion(session):
                 raise Mismatch(f"{name} is not offered: {listed!r}")
         terminal.type("2.b\r")
         terminal.expect("\n")
-        check(terminal.expect(PROMPT), "112\n", "what was chosen from the list")
+        check(terminal.expect(PROMPT), "112 'p'\n", "what was chosen from the list")
         check(terminal.ask(":qu" + TAB + "x"), "error: there is no command :quitx; did you mean "
               ":quit?", "a command")
         terminal.type("sp" + TAB)
@@ -244,8 +280,8 @@ def pasted_lines(session):
         for n in range(count):
             terminal.expect(f"\n{n + 1000}\n")
         terminal.expect(PROMPT)
-        terminal.type("\x1b[200~x\n\tn + 1\x02\n1 + \x1b[201~1\r")
-        for answer in ("42", "18446744073709551610", "2"):
+        terminal.type("\x1b[200~x\n\tx + 1\x02\n1 + \x1b[201~1\r")
+        for answer in ("42", "43", "2"):
             terminal.expect(f"\n{answer}\n")
             terminal.expect(PROMPT)
 
@@ -302,7 +338,8 @@ def commands(session):
     """Each command does what it says, and says what it misses."""
     with session.prompt() as terminal:
         helped = terminal.ask(":help")
-        for name in ("help", "labels", "types", "file", "reload", "quit"):
+        for name in ("help", "labels", "types", "layout", "format", "explain", "file", "reload",
+                     "quit"):
             if f"  :{name} " not in helped + " ":
                 raise Mismatch(f":help does not tell of :{name}: {helped!r}")
         check(terminal.ask(":help reload"), re.compile("  :reload +Open .*"), ":help of one")
@@ -312,6 +349,14 @@ def commands(session):
         check(terminal.ask(":labels nothing*"),
               f"error: no label of {session.program} matches nothing*", ":labels of none")
         check(terminal.ask(":types *node"), re.compile("struct node .*"), ":types PATTERN")
+        check(terminal.ask(":layout struct node"), re.compile(
+            r"struct node, 16 bytes\n +0 +8 +next .*\n +8 +4 +v +int\n +12 +4 +<hole>"), ":layout")
+        check(terminal.ask(":layout struct lost"),
+              f"error: no type of {session.program} is called struct lost", ":layout of none")
+        check(terminal.ask(":layout"), "error: :layout needs an argument: :layout TYPE",
+              ":layout alone")
+        check(terminal.ask(":explain a[1] + 1"), re.compile("(?s)given +a\\[1\\] \\+ 1\nprepared .*"
+              "read +4 bytes at .*: 20\n.*"), ":explain")
         check(terminal.ask(":file"), re.compile(".*main.c"), ":file")
         check(terminal.ask("count"), "1", "of main.c")
         check(terminal.ask(":file list.c"), re.compile(".*list.c"), ":file NAME")
@@ -392,7 +437,7 @@ def without_a_terminal(session):
         check(str((done.stdout.decode(), done.returncode)), str(expected), f"with {stdin!r}")
 
 
-TESTS = [expressions, last_value, completion, interrupted_line, pasted_lines, history,
+TESTS = [expressions, last_value, formats, completion, interrupted_line, pasted_lines, history,
          two_sessions, no_history, commands, rebuilt, interrupted_listing, colours,
          settings_come_back, without_a_terminal]
 
