@@ -15,13 +15,13 @@ constexpr const char* kDescription =
     "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
-       resolve [OPTIONS] PROGRAM -
-       resolve [OPTIONS] PROGRAM
-       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
-       resolve [OPTIONS] --pid PID EXPRESSION...
-       resolve --labels [PATTERN] PROGRAM
-       resolve --types [PATTERN] PROGRAM
-       resolve --layout TYPE PROGRAM)";
+  or:  resolve [OPTIONS] PROGRAM -
+  or:  resolve [OPTIONS] PROGRAM
+  or:  resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
+  or:  resolve [OPTIONS] --pid PID EXPRESSION...
+  or:  resolve --labels [PATTERN] PROGRAM
+  or:  resolve --types [PATTERN] PROGRAM
+  or:  resolve --layout TYPE PROGRAM)";
 
 constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
@@ -81,6 +81,12 @@ class HelpText : public CLI::Formatter {
   std::string make_help(const CLI::App* app, std::string, CLI::AppFormatMode mode) const override {
     return std::string(kUsage) + "\n\n" + app->get_description() + "\n" + make_groups(app, mode) +
            "\n" + app->get_footer() + "\n";
+  }
+  /// What an option takes. What it cannot stand beside is said when it does.
+  std::string make_option_opts(const CLI::Option* option) const override {
+    const std::string text =
+        option->get_option_text().empty() ? option->get_type_name() : option->get_option_text();
+    return text.empty() ? "" : " " + text;
   }
 };
 
