@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """The prompt, typed at on a terminal of the test's own.
 
-usage: terminal.py RESOLVE PROGRAM
+usage: terminal.py RESOLVE PROGRAM DOCUMENT [TEST...]
+
+DOCUMENT holds sessions over the program, in fenced blocks that begin with ```prompt.
 
 Nothing here waits for time to pass: every step waits for what the command writes.
 """
@@ -437,7 +439,26 @@ def without_a_terminal(session):
         check(str((done.stdout.decode(), done.returncode)), str(expected), f"with {stdin!r}")
 
 
-TESTS = [expressions, last_value, formats, completion, interrupted_line, pasted_lines, history,
+def documented(session):
+    """The document shows what the prompt does, but for addresses and the folders of sources."""
+    text = pathlib.Path(sys.argv[3]).read_text()
+    blocks = re.findall(r"^```prompt\n(.*?)^```$", text, re.M | re.S)
+    if not blocks:
+        raise Mismatch("the document shows no session")
+    place = re.compile(r"0x[0-9a-f]{5,16}|(?<!\S)/\S*/(?=\w)")
+    for block in blocks:
+        with session.prompt() as terminal:
+            for step in block.split(PROMPT)[1:]:
+                line, _, answer = step.partition("\n")
+                if line == ":quit":
+                    terminal.type(line + "\r")
+                    check(str(terminal.wait()), "0", line)
+                    break
+                check(place.sub("", terminal.ask(line)),
+                      place.sub("", answer.rstrip("\n")), line)
+
+
+TESTS = [documented, expressions, last_value, formats, completion, interrupted_line, pasted_lines, history,
          two_sessions, no_history, commands, rebuilt, interrupted_listing, colours,
          settings_come_back, without_a_terminal]
 
@@ -451,7 +472,7 @@ def main():
         print(f"SKIPPED: this machine gives no pseudo-terminal: {error}")
         sys.exit(SKIPPED)
     failures = 0
-    chosen = [test for test in TESTS if test.__name__ in sys.argv[3:] or len(sys.argv) == 3]
+    chosen = [test for test in TESTS if test.__name__ in sys.argv[4:] or len(sys.argv) == 4]
     for test in chosen:
         with tempfile.TemporaryDirectory() as folder:
             try:
