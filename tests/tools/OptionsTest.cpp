@@ -46,6 +46,9 @@ TEST(Options, EndAtTheProgram) {
       {{"prog", ""}, "prog", {""}},
       {{"prog", "[1]", "{2}", "a,b"}, "prog", {"[1]", "{2}", "a,b"}},
       {{"--file", "a.c", "prog", "x"}, "prog", {"x"}},
+      {{"prog"}, "prog", {}},
+      {{"-v", "prog"}, "prog", {}},
+      {{"prog", "--"}, "prog", {}},
   };
   for (const Expressions& row : rows) {
     const Options options = Read(row.arguments);
@@ -122,6 +125,8 @@ TEST(Options, AreTakenFromBeforeTheProgram) {
   const Options all = Read({"-v", "--exact", "--file", "a.c", "prog", "x"});
   EXPECT_TRUE(all.verbose && all.exact);
   EXPECT_EQ(all.file, "a.c");
+  EXPECT_FALSE(plain.watch.has_value());
+  EXPECT_EQ(Read({"--watch", "0.5", "prog", "x"}).watch, 0.5);
   EXPECT_EQ(plain.debugFolder, "/usr/lib/debug");
   EXPECT_EQ(Read({"--debug-folder", "symbols", "prog", "x"}).debugFolder, "symbols");
   EXPECT_TRUE(Read({"--verbose", "prog", "x"}).verbose);
@@ -191,9 +196,14 @@ TEST(Options, ThatMakeNoSenseAreNamed) {
       {{}, "no program is named"},
       {{"-v"}, "no program is named"},
       {{"--labels"}, "no program is named"},
-      {{"prog"}, "no expression is given"},
-      {{"-v", "prog"}, "no expression is given"},
-      {{"prog", "--"}, "no expression is given"},
+      {{"--watch", "1", "prog"}, "no expression is given to --watch"},
+      {{"--watch", "1", "prog", "-"},
+       "--watch takes its expressions from the command line, not from standard input"},
+      {{"--watch", "0", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "-1", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "nan", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "86401", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "1", "--labels", "prog"}, "a listing cannot be watched"},
       {{"--bogus", "prog", "x"}, "there is no option --bogus"},
       {{"-q", "prog", "x"}, "there is no option -q"},
       {{"-vq", "prog", "x"}, "there is no option -q"},

@@ -16,20 +16,23 @@ constexpr const char* kDescription =
     "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
-       resolve [OPTIONS] PROGRAM -
-       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
-       resolve [OPTIONS] --pid PID EXPRESSION...
-       resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
-       resolve [OPTIONS] --describe FILE EXPRESSION...
-       resolve --labels [PATTERN] PROGRAM
-       resolve --types [PATTERN] PROGRAM
-       resolve --layout TYPE PROGRAM)";
+  or:  resolve [OPTIONS] PROGRAM -
+  or:  resolve [OPTIONS] PROGRAM
+  or:  resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
+  or:  resolve [OPTIONS] --pid PID EXPRESSION...
+  or:  resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
+  or:  resolve [OPTIONS] --describe FILE EXPRESSION...
+  or:  resolve --labels [PATTERN] PROGRAM
+  or:  resolve --types [PATTERN] PROGRAM
+  or:  resolve --layout TYPE PROGRAM)";
 
 constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
 after it is an expression, also when it begins with "-"; a lone "-" reads
-expressions from standard input, one a line. A PATTERN is matched against whole
-names: "*" stands for any text, "?" for one character; quote it for the shell.
+expressions from standard input, one a line. Without any, a terminal gets a
+prompt, with completion and :help; other input is read as for "-". A PATTERN
+is matched against whole names: "*" stands for any text, "?" for one character;
+quote it for the shell.
 
 With --core, PROGRAM may be left out, since the core dump names it. Where more than
 one word is given, the first is PROGRAM when it is an ELF file. A "--" leaves no
@@ -55,6 +58,10 @@ the command line or the program could not be used, its process ended, or its stu
 was lost.)";
 
 constexpr std::size_t kOptionColumn = 22;
+
+// In seconds. Below, a terminal shows nothing but changes; above, nobody waits.
+constexpr double kShortestWatch = 0.01;
+constexpr double kLongestWatch = 86400.0;
 
 /// The formats in lines that fit beside the options.
 std::string FormatHelp() {
@@ -82,6 +89,13 @@ class HelpText : public CLI::Formatter {
   std::string make_help(const CLI::App* app, std::string, CLI::AppFormatMode mode) const override {
     return std::string(kUsage) + "\n\n" + app->get_description() + "\n" + make_groups(app, mode) +
            "\n" + app->get_footer() + "\n";
+  }
+
+  /// What an option takes. What it cannot stand beside is said when it does.
+  std::string make_option_opts(const CLI::Option* option) const override {
+    const std::string text =
+        option->get_option_text().empty() ? option->get_type_name() : option->get_option_text();
+    return text.empty() ? "" : " " + text;
   }
 };
 
@@ -118,6 +132,39 @@ void AddAnswerOptions(CLI::App* app, Options* options, Given* given) {
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
   app->add_flag("-v,--verbose", options->verbose, "Add size, signedness, address and memory space");
+  app->add_flag("--explain", options->explain,
+                "Show what was handed to the resolver, what it asked\n"
+                "for, and what it was answered");
+  app->add_flag("--no-notes", given->noNotes,
+                "Do not say where an expression means something else\n"
+                "than in C");
+  app->add_option("--notes", given->notes,
+                  "show, none or error: an expression that meets such a\n"
+                  "difference fails")
+      ->check(CLI::IsMember({"show", "none", "error"}))
+      ->option_text("WHAT")
+      ->take_last();
+  app->add_flag("--json", options->json,
+                "Write one JSON object a line; with --explain, the\n"
+                "steps as well");
+  auto* plain = app->add_flag("--plain", options->plain,
+                              "Print numbers only, whatever the type; what has no\n"
+                              "number is an error then");
+  app->add_option("--format", given->format, FormatHelp())
+      ->type_name("F")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--count", given->count,
+                  "See a pointer, an array or an object as so many\n"
+                  "elements")
+      ->type_name("N")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--watch", options->watch,
+                  "Evaluate again every so many seconds, until Ctrl-C;\n"
+                  "for targets that run")
+      ->type_name("SECONDS")
+      ->take_last();
   app->add_flag("--explain", options->explain,
                 "Show what was handed to the resolver, what it asked\n"
                 "for, and what it was answered");
@@ -303,6 +350,22 @@ void DescribeCommand(CLI::App* app) {
   app->prefix_command();
 }
 
+/// Throws when there is nothing to watch, or no sensible time between.
+void CheckWatch(const Options& options) {
+  if (!(*options.watch >= kShortestWatch && *options.watch <= kLongestWatch)) {
+    throw UsageError("--watch takes 0.01 to 86400 seconds");
+  }
+  if (options.task != Options::Task::kEvaluate) throw UsageError("a listing cannot be watched");
+  if (options.json || options.explain) {
+    throw UsageError("--watch shows values only, without --json and --explain");
+  }
+  if (options.expressions.empty()) throw UsageError("no expression is given to --watch");
+  if (options.expressions == std::vector<std::string>{"-"}) {
+    throw UsageError(
+        "--watch takes its expressions from the command line, not from standard input");
+  }
+}
+
 }  // namespace
 
 std::variant<Options, Information> ReadOptions(const std::vector<std::string>& arguments) {
@@ -323,6 +386,7 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   TakeAnswerOptions(app, given, &options);
   TakeTargetOptions(app, &options, &given);
   TakeWords(app.remaining(), &options);
+  if (options.watch) CheckWatch(options);
   return options;
 }
 

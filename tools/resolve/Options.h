@@ -16,9 +16,11 @@ namespace tool {
 struct Options : TargetOptions {
   enum class Task { kEvaluate, kListLabels, kListTypes, kLayout };
   Task task = Task::kEvaluate;
-  std::vector<std::string> expressions;  ///< of `kEvaluate`: at least one
+  std::vector<std::string> expressions;  ///< of `kEvaluate`: none asks for the prompt
   std::string pattern;                   ///< of a listing: all names when empty
   std::string type;                      ///< of `kLayout`
+  /// Evaluate again and again, with so many seconds between; at least one expression is given then.
+  std::optional<double> watch;
   bool exact = false;
   bool verbose = false;
   enum class Notes { kNone, kShow, kError };
