@@ -15,8 +15,10 @@
 #include "tools/resolve/Listing.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
+#include "tools/resolve/Prompt.h"
 #include "tools/resolve/Session.h"
 #include "tools/resolve/Target.h"
+#include "tools/resolve/WatchRun.h"
 
 namespace tool {
 namespace {
@@ -92,6 +94,11 @@ Status Run(const std::vector<std::string>& arguments) {
   for (const std::string& warning : target->Warnings()) Warn(warning);
   if (options.task == Options::Task::kLayout) return ShowLayout(*target, options.type, &output);
   if (options.task != Options::Task::kEvaluate) return List(*target, options, &output);
+  if (options.watch) return RunWatch(*target, options, &output);
+  if (options.expressions.empty()) {
+    if (!options.json && Prompt::IsPossible()) return Prompt(*target, options, &output).Run();
+    return Session(*target, options, &output).Run({"-"});
+  }
   if (options.verbose) Note("reading " + target->Description());
   return Session(*target, options, &output).Run(options.expressions);
 }

@@ -77,8 +77,7 @@ class Resolution {
     }
     answer.denoted = std::move(typed.denoted);
     // The bits of a bit-field are shown as what they are, but for those that are operands.
-    const std::vector<std::string> members = MemberNames(text_);
-    const std::string own = typed.isBitField && !members.empty() ? members.back() : "";
+    const std::string own = typed.isBitField ? MemberNames(text_).back() : "";
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
       if (remark.kind == targets::MemberRemark::Kind::kBitField && remark.member != own &&
           Concerns(remark)) {
@@ -96,12 +95,12 @@ class Resolution {
  private:
   /// Why the resolver's answer cannot be given, whatever the resolver says; empty when it can.
   std::optional<std::string> WhyNotToTrust() {
-    if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
     if (const auto& failure = host_.FirstFailure()) {
       // No other expression will fare better.
       if (failure->Code() == targets::ErrorCode::kTargetLost) throw targets::Error(*failure);
-      return failure->what();
+      if (!whole_) return failure->what();
     }
+    if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
     const bool hasResult = solved_ || resolver_.errorMessage == kFinalReadFailed;
     if (hasResult && IsComposite(resolver_.ObjectType())) {
       return CompositeSentence(resolver_.ObjectType());

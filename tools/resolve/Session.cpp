@@ -60,7 +60,7 @@ void Session::RunStandardInput() {
   }
 }
 
-void Session::RunOne(const std::string& expression) {
+Session::Result Session::Resolve(const std::string& expression) {
   Interruption::Check();
   Outcome outcome = evaluator_.Evaluate(expression);
   const std::vector<NamedNote> notes = NotesOn(expression, outcome);
@@ -77,8 +77,16 @@ void Session::RunOne(const std::string& expression) {
       std::holds_alternative<Answer>(outcome)) {
     outcome = Failure{notes.front().text};
   }
+  return {std::move(outcome), std::move(line), notes};
+}
+
+void Session::RunOne(const std::string& expression) {
+  const auto [outcome, line, notes] = Resolve(expression);
   if (json_) return WriteJson(outcome, line, notes);
-  if (explain_) WriteExplanation(outcome);
+  if (explain_) {
+    for (const std::string& step : Explanation(outcome)) output_->WriteLine(step);
+    output_->Flush();
+  }
   const auto* failure = std::get_if<Failure>(&outcome);
   if (failure == nullptr) {
     const auto& answer = std::get<Answer>(outcome);
@@ -123,11 +131,13 @@ void Session::WriteJson(const Outcome& outcome, const std::string& line,
   output_->Flush();
 }
 
-void Session::WriteExplanation(const Outcome& outcome) {
-  for (const std::string& line : ExplainResolution(evaluator_.Log(), outcome, target_.Labels())) {
-    output_->WriteLine(line);
-  }
-  output_->Flush();
+std::vector<std::string> Session::Explanation(const Outcome& outcome) const {
+  return ExplainResolution(evaluator_.Log(), outcome, target_.Labels());
+}
+
+void Session::ShowAs(Format format, std::optional<std::uint64_t> count) {
+  format_ = format;
+  count_ = count;
 }
 
 std::string Session::LineOf(Answer* answer) {

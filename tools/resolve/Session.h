@@ -26,6 +26,21 @@ class Session {
   /// Evaluates each of `expressions`, or the lines of standard input for a lone `-`.
   Status Run(const std::vector<std::string>& expressions);
 
+  /// What an expression came to.
+  struct Result {
+    Outcome outcome;
+    std::string line;  ///< the value as it is shown; of an answer only
+    std::vector<NamedNote> notes;
+  };
+  /// Evaluates one expression and writes nothing. Throws `targets::Error` (`kTargetLost`).
+  Result Resolve(const std::string& expression);
+
+  /// The steps of the last evaluation, as `--explain` shows them.
+  [[nodiscard]] std::vector<std::string> Explanation(const Outcome& outcome) const;
+
+  /// How values are shown from here on, and as how many elements.
+  void ShowAs(Format format, std::optional<std::uint64_t> count);
+
  private:
   void RunStandardInput();
   void RunOne(const std::string& expression);
@@ -34,7 +49,6 @@ class Session {
   std::string LineOf(Answer* answer);
   std::vector<NamedNote> NotesOn(const std::string& expression, const Outcome& outcome);
   void WriteJson(const Outcome& outcome, const std::string& line, std::vector<NamedNote> notes);
-  void WriteExplanation(const Outcome& outcome);
   void ExplainOnce(const std::string& message);
 
   Target& target_;
