@@ -1,5 +1,7 @@
 # What `cmake --install` puts where. Components:
 #   resolver  the library's headers, the static library, its CMake package and pkg-config file
+#   targets   the hosts for real programs, and the tests that sources of labels and memory must pass;
+#             needs the component resolver, libdw and libelf
 #   command   the command `resolve`, when it is built
 #   docs      the documents
 # Everything finds the rest by relative paths, so an installed tree can be moved.
@@ -15,6 +17,20 @@ install(TARGETS stringresolver_host stringresolver_model stringresolver
   FILE_SET HEADERS DESTINATION ${header_dir} COMPONENT resolver)
 install(EXPORT StringResolverTargets NAMESPACE StringResolver:: DESTINATION ${package_dir}
   COMPONENT resolver)
+if(STRINGRESOLVER_TARGETS)
+  set(target_libraries stringresolver_targets)
+  if(TARGET stringresolver_contract)
+    list(APPEND target_libraries stringresolver_contract)
+  endif()
+  install(TARGETS ${target_libraries}
+    EXPORT StringResolverHostTargets
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT targets
+    FILE_SET HEADERS DESTINATION ${header_dir} COMPONENT targets)
+  install(EXPORT StringResolverHostTargets NAMESPACE StringResolver:: DESTINATION ${package_dir}
+    COMPONENT targets)
+  install(FILES ${CMAKE_CURRENT_LIST_DIR}/StringResolver-targets.cmake DESTINATION ${package_dir}
+    COMPONENT targets)
+endif()
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/StringResolverConfig.cmake.in
   ${PROJECT_BINARY_DIR}/StringResolverConfig.cmake
   INSTALL_DESTINATION ${package_dir} NO_SET_AND_CHECK_MACRO)

@@ -46,6 +46,11 @@ class DataLableType {
   /// Travels with the record, so programs of different pointer sizes live in one process. It is a
   /// property of the target, not of the type, and does not take part in comparisons.
   std::uint32_t PointerSize = 8;
+  /// The host's own number for the type; 0: none. Travels with the record, is never acted on, and
+  /// does not take part in comparisons: two numbers may stand for one type. A record that the
+  /// resolver makes itself (a pointer, a number) has none, but for the address that a subscript of
+  /// an array gives: it points to the array's record, and carries the element's number.
+  std::uint32_t TypeNumber = 0;
 
   DataLableType() = default;
 
@@ -84,6 +89,7 @@ class DataLableType {
     IsDouble = other.IsDouble;
     ExtraFlag = other.ExtraFlag;
     PointerSize = other.PointerSize;
+    TypeNumber = other.TypeNumber;
     // Last: the old members may hold `other`.
     if (!Members.SharesWith(other.Members)) Members = other.Members;
   }
@@ -104,9 +110,10 @@ class DataLableType {
     std::swap(IsDouble, other.IsDouble);
     std::swap(ExtraFlag, other.ExtraFlag);
     std::swap(PointerSize, other.PointerSize);
+    std::swap(TypeNumber, other.TypeNumber);
   }
 
-  /// True when any field but `PointerSize` differs, lists included, at any depth.
+  /// True when any field but `PointerSize` and `TypeNumber` differs, lists included, at any depth.
   // NOLINTNEXTLINE(performance-unnecessary-value-param): the shape hosts compile against.
   bool operator!=(DataLableType other) const { return !SameTree(*this, other); }
 
@@ -130,6 +137,7 @@ class DataLableType {
     IsPointer = true;
     Size = PointerSize = pointee.PointerSize;
     Offset = 0;
+    TypeNumber = 0;
     NestedTypes.clear();
     Members = SharedList<DataLableType>(std::move(pointee));
   }

@@ -62,6 +62,8 @@ struct AreaBlock {
   OwedText Owed = OwedText::kNone;
   /// `Type` stands for a pointer to itself that is marked as an address.
   bool OwesPointer = false;
+  /// Of that pointer: its `TypeNumber`.
+  std::uint32_t OwedTypeNumber = 0;
   std::uint64_t OwedNumber = 0;
   double OwedFloating = 0.0;
 
@@ -96,6 +98,7 @@ struct AreaBlock {
     DoubleValue = other.DoubleValue;
     Owed = other.Owed;
     OwesPointer = other.OwesPointer;
+    OwedTypeNumber = other.OwedTypeNumber;
     OwedNumber = other.OwedNumber;
     OwedFloating = other.OwedFloating;
     return *this;

@@ -16,9 +16,11 @@ inline bool IsAddress(const AreaBlock& block) {
   return block.OwesPointer || block.Type.IsAddress;
 }
 
-/// The block's type becomes a pointer to what its type is now, marked as an address.
-inline void OwePointer(AreaBlock* block) {
+/// The block's type becomes a pointer to what its type is now, marked as an address; the pointer's
+/// own number is `typeNumber`.
+inline void OwePointer(AreaBlock* block, std::uint32_t typeNumber = 0) {
   block->OwesPointer = true;
+  block->OwedTypeNumber = typeNumber;
 }
 
 /// The block's text becomes the number.
@@ -40,6 +42,7 @@ inline void WriteOwedPointer(AreaBlock* block) {
   if (!block->OwesPointer) return;
   block->Type.PointTo(std::move(block->Type));
   block->Type.IsAddress = true;
+  block->Type.TypeNumber = block->OwedTypeNumber;
   block->OwesPointer = false;
 }
 

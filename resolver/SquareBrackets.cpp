@@ -149,7 +149,9 @@ bool TStringResolver::ApplySubscripts(AreaBlock* block) {
     const std::uint32_t elementSize = type.IsArray ? FirstMember(type).Size : type.Size;
     block->Value += subscripts[i] * elementSize;
   }
-  resolver::OwePointer(block);
+  // The type stays the array's until the element is read; the number tells which of both it is.
+  const DataLableType& array = block->Type;
+  resolver::OwePointer(block, array.IsArray ? FirstMember(array).TypeNumber : 0);
   block->ReferenceLevel = -1;
   return true;
 }

@@ -14,8 +14,6 @@
 namespace targets {
 namespace {
 
-constexpr std::uint64_t kWidestScalar = 8;
-
 /// Finds out when a walk from type to type comes back to where it was. Most walks are a few steps
 /// long, so only long ones are written down.
 class CycleGuard {
@@ -104,6 +102,7 @@ const Record& BuildOnce(DieAddress key, std::unordered_map<DieAddress, Record>* 
 /// One step from a type to the one it is made of.
 struct DwarfTypes::Level {
   Dwarf_Die die{};
+  TypeNumber number = 0;
   bool isPointer = false;
   std::uint64_t pointerSize = 0;
   std::uint64_t count = 0;
@@ -128,6 +127,7 @@ const DataLableType& DwarfTypes::Full(std::optional<Dwarf_Die> type) {
   return BuildOnce(behind->addr, &full_, &failedFull_, [&] {
     StructureFields fields = ReadFields(*this, *behind);
     DataLableType record = Structure(*behind).record;
+    record.TypeNumber = numbers_.Of(behind->addr);
     record.NestedTypes.clear();
     record.Members = std::move(fields.fields);
     remarks_.insert(remarks_.end(), fields.remarks.begin(), fields.remarks.end());
@@ -154,26 +154,28 @@ std::optional<Dwarf_Die> DwarfTypes::Behind(std::optional<Dwarf_Die> type) {
 
 TypeRecord DwarfTypes::Build(std::optional<Dwarf_Die> type) {
   std::vector<Level> levels;
-  type = Unwrap(type, &levels);
+  TypeNumber innermost = 0;
+  type = Unwrap(type, &levels, &innermost);
   TypeRecord built = Innermost(type);
+  built.record.TypeNumber = innermost;
   for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
     if (level->isPointer) {
-      MakePointer(level->pointerSize, &built);
+      MakePointer(layout_, level->pointerSize, &built);
     } else {
-      MakeArray(*level, &built);
+      AddArray(*level, &built);
     }
+    built.record.TypeNumber = level->number;
   }
-  if (built.kind == TypeRecord::Kind::kArray) {
-    built.record.Size =
-        static_cast<std::uint32_t>(ArrayRecordSize(layout_, built.size, built.record.IsPointer));
-  }
+  MakeObject(layout_, &built);
   return built;
 }
 
-/// Takes pointers, arrays and names off a type, down to the one that is made of no other.
+/// Takes pointers, arrays and names off a type, down to the one that is made of no other. Numbers
+/// go to the types as they are written, names and all.
 std::optional<Dwarf_Die> DwarfTypes::Unwrap(std::optional<Dwarf_Die> type,
-                                            std::vector<Level>* levels) {
+                                            std::vector<Level>* levels, TypeNumber* innermost) {
   CycleGuard guard(file_);
+  DieAddress written = type ? type->addr : nullptr;
   while (type) {
     guard.Visit(*type);
     const int tag = file_.Tag(*type);
@@ -182,21 +184,28 @@ std::optional<Dwarf_Die> DwarfTypes::Unwrap(std::optional<Dwarf_Die> type,
     if (IsPointerTag(tag)) {
       level.isPointer = true;
       level.pointerSize = file_.Unsigned(*type, DW_AT_byte_size).value_or(layout_.pointerSize);
+      level.number = numbers_.Of(written);
       levels->push_back(level);
     } else if (tag == DW_TAG_array_type) {
       const std::vector<std::uint64_t> counts = ArrayCounts(file_, *type);
       for (std::size_t i = 0; i < counts.size(); ++i) {
         level.count = counts[i];
+        level.number =
+            i == 0 ? numbers_.Of(written) : numbers_.Of(type->addr, static_cast<std::uint32_t>(i));
         const bool last = i + 1 == counts.size();
         level.stride = last ? file_.Unsigned(*type, DW_AT_byte_stride).value_or(0) : 0;
         levels->push_back(level);
       }
     } else if (!IsTransparent(tag) &&
                (tag != DW_TAG_subrange_type || file_.Attribute(*type, DW_AT_byte_size))) {
+      *innermost = numbers_.Of(written);
       return Definition(*type, tag);
     }
+    const bool stepped = IsPointerTag(tag) || tag == DW_TAG_array_type;
     type = file_.TypeOf(*type);
+    if (stepped) written = type ? type->addr : nullptr;
   }
+  *innermost = numbers_.Of(written);
   return type;
 }
 
@@ -293,51 +302,21 @@ TypeRecord DwarfTypes::Opaque(const Dwarf_Die& type, const std::string& name, st
   return built;
 }
 
-// Records are swapped into place here: assigning one would copy the whole chain below it.
-
-/// Replaces a type by a pointer to it.
-void DwarfTypes::MakePointer(std::uint64_t size, TypeRecord* type) const {
-  if (size == 0 || size > kWidestScalar) size = layout_.pointerSize;
-  if (type->kind == TypeRecord::Kind::kStructure) {
-    type->record.Size = static_cast<std::uint32_t>(PointeeRecordSize(layout_, type->size));
-  } else if (type->kind == TypeRecord::Kind::kArray) {
-    type->record.Size =
-        static_cast<std::uint32_t>(ArrayRecordSize(layout_, type->size, type->record.IsPointer));
-  }
-  DataLableType pointee;
-  pointee.Swap(type->record);
-  DataLableType pointer =
-      PointerRecord(layout_, static_cast<std::uint32_t>(size), std::move(pointee));
-  type->record.Swap(pointer);
-  type->kind = TypeRecord::Kind::kPointer;
-  type->size = size;
-}
-
 /// Replaces a type by an array of it.
-void DwarfTypes::MakeArray(const Level& level, TypeRecord* type) const {
+void DwarfTypes::AddArray(const Level& level, TypeRecord* type) const {
   const std::uint64_t stride = level.stride == 0 ? type->size : level.stride;
   if (stride != 0 && level.count > std::numeric_limits<std::uint64_t>::max() / stride) {
     file_.Broken(level.die, "an array larger than any memory");
   }
-  DataLableType array;
-  array.IsArray = true;
-  array.IsPointer = type->kind != TypeRecord::Kind::kPointer;
-  array.Size =
-      RecordSize(stride * level.count, "an array of " + std::to_string(level.count) + " elements");
-  array.PointerSize = layout_.pointerSize;
-  // The element's size is what a subscript is multiplied by: exact, also for a row.
-  type->record.Size = RecordSize(stride, "the element of an array");
-  array.Members.push_back(std::move(type->record));
-  type->record.Swap(array);
-  type->kind = TypeRecord::Kind::kArray;
-  type->size = stride * level.count;
+  MakeArray(layout_, level.count, stride, type);
 }
 
 std::string DwarfTypes::RecordName(const Dwarf_Die& type, const std::string& text) {
   // The offset tells types of one name apart; the number after it, entries of equal offset in
   // different sections.
   Dwarf_Die copy = type;
-  const std::string stem = text + "#" + Hexadecimal(dwarf_dieoffset(&copy)).substr(2);
+  const std::string stem =
+      text + "#" + Hexadecimal(dwarf_dieoffset(&copy)).substr(2) + layout_.recordMark;
   std::string name = stem;
   for (int n = 2;; ++n) {
     const auto [entry, added] = named_.emplace(name, type);

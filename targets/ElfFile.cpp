@@ -68,6 +68,10 @@ void ElfFile::CheckKind(Use use) {
     Unusable(Quoted(path_) + " has a broken ELF header: " + elf_errmsg(-1));
   }
   if (use == Use::kDebugInformation) return;
+  if (use == Use::kCoreDump) {
+    if (header_.e_type != ET_CORE) Unusable(Quoted(path_) + " is not a core dump");
+    return;
+  }
   if (header_.e_type == ET_REL) {
     Unusable(Quoted(path_) + " is an object file that has not been linked");
   }
@@ -91,6 +95,7 @@ void ElfFile::ReadSegments() {
     segment.memorySize = std::min<std::uint64_t>(program.p_memsz, ~program.p_vaddr);
     segment.fileOffset = program.p_offset;
     segment.fileSize = std::min<std::uint64_t>(program.p_filesz, segment.memorySize);
+    segment.isWritable = (program.p_flags & PF_W) != 0;
     LeaveOutHeaders(&segment);
     segments_.push_back(segment);
   }

@@ -22,6 +22,7 @@ struct Segment {
   std::uint64_t memorySize = 0;
   std::uint64_t fileOffset = 0;
   std::uint64_t fileSize = 0;
+  bool isWritable = false;
 };
 
 /// An ELF file, opened and checked.
@@ -30,6 +31,7 @@ class ElfFile {
   enum class Use {
     kProgram,           ///< must be linked
     kDebugInformation,  ///< may be of any type
+    kCoreDump,          ///< must be one
   };
 
   /// Throws `Error` (`kFileUnusable`): missing, unreadable, a directory, no ELF, not linked,

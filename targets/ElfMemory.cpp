@@ -4,11 +4,11 @@
 
 namespace targets {
 
-std::size_t ElfMemory::Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) {
-  if (space != 0) return 0;
+MemoryRead ElfMemory::Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) {
+  if (space != 0) return {};
   const std::size_t size = file_.ReadImage(address, bytes);
   Relocate(address, bytes.first(size));
-  return size;
+  return {size, MemoryGap::kNotThere};
 }
 
 void ElfMemory::Relocate(std::uint64_t address, std::span<std::byte> bytes) {

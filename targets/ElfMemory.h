@@ -18,7 +18,7 @@ class ElfMemory final : public MemorySource {
   /// `file` is borrowed and must outlive this object.
   explicit ElfMemory(const ElfFile& file) : file_(file) {}
 
-  std::size_t Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) override;
+  MemoryRead Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) override;
 
  private:
   void Relocate(std::uint64_t address, std::span<std::byte> bytes);

@@ -8,6 +8,7 @@
 
 #include "targets/DwarfFile.h"
 #include "targets/DwarfIndex.h"
+#include "targets/DwarfShapes.h"
 #include "targets/DwarfText.h"
 #include "targets/DwarfTypes.h"
 #include "targets/DwarfUnits.h"
@@ -16,6 +17,7 @@
 #include "targets/ElfSymbols.h"
 #include "targets/Error.h"
 #include "targets/LabelChoice.h"
+#include "targets/ProgramLabels.h"
 #include "targets/SeparateDebug.h"
 #include "targets/Texts.h"
 #include "targets/TypeLookup.h"
@@ -39,11 +41,16 @@ bool PlainCharIsSigned(const ElfFile& file) {
   }
 }
 
-TargetLayout LayoutOf(const ElfFile& file) {
+TargetLayout LayoutOf(const ElfFile& file, const ElfOptions& options) {
   TargetLayout layout;
   layout.pointerSize = file.PointerSize();
   layout.order = file.Order();
-  layout.highestAddress = file.HighestAddress();
+  layout.loadBias = options.loadBias;
+  layout.recordMark = options.recordMark;
+  layout.highestAddress = options.highestAddress.value_or(layout.Loaded(file.HighestAddress()));
+  if (layout.pointerSize < 8) {
+    layout.highestAddress = std::min(layout.highestAddress, layout.Loaded(~layout.loadBias));
+  }
   layout.plainCharIsSigned = PlainCharIsSigned(file);
   return layout;
 }
@@ -51,11 +58,12 @@ TargetLayout LayoutOf(const ElfFile& file) {
 /// Everything that is read from debug information.
 struct DebugInfo {
   DebugInfo(const ElfFile& program, const ElfFile& info, const std::string& debugFolder,
-            const TargetLayout& layout, Damage* damage)
+            const TargetLayout& layout, TypeNumber firstTypeNumber, Damage* damage)
       : file(info, debugFolder),
         units(file, damage),
         index(file, units, damage),
-        types(file, index, layout),
+        types(file, index, layout, firstTypeNumber),
+        shapes(types, program.Header().e_machine),
         choice(program, units, types),
         lookup(file, units) {}
 
@@ -63,6 +71,7 @@ struct DebugInfo {
   DwarfUnits units;
   DwarfIndex index;
   DwarfTypes types;
+  DwarfShapes shapes;
   LabelChoice choice;
   TypeLookup lookup;
 };
@@ -86,15 +95,17 @@ std::string DetailOrError(Describe describe) {
 }  // namespace
 
 struct ElfProgram::Parts {
-  Parts(const std::string& path, const std::string& debugFolder)
+  Parts(const std::string& path, const ElfOptions& options)
       : file(path),
-        separate(Separate(file, debugFolder)),
-        layout(LayoutOf(file)),
+        separate(Separate(file, options.debugFolder)),
+        layout(LayoutOf(file, options)),
         memory(file),
         symbols(SymbolFile()),
-        damage(separate.reason) {
+        damage(separate.reason),
+        basicShapes(layout, options.firstTypeNumber) {
     try {
-      debug.emplace(file, separate.file ? *separate.file : file, debugFolder, layout, &damage);
+      debug.emplace(file, separate.file ? *separate.file : file, options.debugFolder, layout,
+                    options.firstTypeNumber + BasicShapes::kCount, &damage);
     } catch (const Error& error) {
       damage = error;
     }
@@ -145,7 +156,7 @@ struct ElfProgram::Parts {
     }
     if (symbol) return symbol;
     if (declaration) {
-      throw Error(ErrorCode::kNotRepresented,
+      throw Error(ErrorCode::kNotDefined,
                   "'" + std::string(name) + "' is declared, but this program does not define it");
     }
     if (damage) throw Error(*damage);
@@ -192,7 +203,7 @@ struct ElfProgram::Parts {
     }
     Label label;
     label.kind = symbol->isFunction ? LabelKind::kFunction : LabelKind::kSymbol;
-    label.value = symbol->value;
+    label.value = layout.Loaded(symbol->value);
     if (damage && !symbol->isFunction) label.whyUntyped = damage->what();
     return label;
   }
@@ -204,6 +215,9 @@ struct ElfProgram::Parts {
   ElfSymbols symbols;
   Damage damage;
   std::optional<DebugInfo> debug;
+  BasicShapes basicShapes;
+  /// Filled when an address is first asked about.
+  std::optional<AddressTable> addresses;
   /// What the user called the current file of a program that names none.
   std::string chosenFile;
   std::vector<MemberRemark> noRemarks;
@@ -212,8 +226,8 @@ struct ElfProgram::Parts {
   std::map<std::string, Label, std::less<>> variables;
 };
 
-ElfProgram::ElfProgram(const std::string& path, const std::string& debugFolder)
-    : parts_(std::make_unique<Parts>(path, debugFolder)) {}
+ElfProgram::ElfProgram(const std::string& path, ElfOptions options)
+    : parts_(std::make_unique<Parts>(path, options)) {}
 
 ElfProgram::~ElfProgram() = default;
 
@@ -269,6 +283,22 @@ std::optional<Label> ElfProgram::FindLabel(std::string_view name) {
   return label;
 }
 
+std::optional<Label> ElfProgram::FindDeclared(std::string_view name, std::uint64_t address) {
+  if (!parts_->debug) return std::nullopt;
+  DebugInfo& debug = *parts_->debug;
+  const auto declaration = debug.choice.FindDeclaration(name, debug.index.Global());
+  if (!declaration) return std::nullopt;
+  return debug.choice.Typed(name, *declaration, address);
+}
+
+std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
+  }
+  return LabelSource::FindObject(name);
+}
+
 bool ElfProgram::HasType(std::string_view name) {
   if (!parts_->debug) return BasicTypeRecord(parts_->layout, name).has_value();
   DebugInfo& debug = *parts_->debug;
@@ -290,7 +320,10 @@ std::optional<DataLableType> ElfProgram::FindType(std::string_view name) {
     if (const auto named = debug.types.NamedRecordType(name)) return debug.types.Full(*named);
     if (const auto entry = parts_->TypeEntry(name)) return debug.types.Full(*entry);
   }
-  if (auto basic = BasicTypeRecord(parts_->layout, name)) return basic;
+  if (auto basic = BasicTypeRecord(parts_->layout, name)) {
+    basic->TypeNumber = parts_->basicShapes.NumberOf(name);
+    return basic;
+  }
   if (parts_->damage) throw Error(*parts_->damage);
   return std::nullopt;
 }
@@ -325,9 +358,10 @@ void ElfProgram::ListLabels(const std::function<void(const Listing&)>& visit) {
     const std::string_view name = parts_->symbols.NameOf(n);
     if (parts_->debug && LabelChoice::Defines(name, parts_->debug->index.Global())) continue;
     const ElfSymbol& symbol = parts_->symbols.At(n);
-    std::string detail = symbol.isThreadLocal ? "thread-local symbol"
-                                              : (symbol.isFunction ? "function " : "symbol ") +
-                                                    Hexadecimal(symbol.value);
+    std::string detail = symbol.isThreadLocal
+                             ? "thread-local symbol"
+                             : (symbol.isFunction ? "function " : "symbol ") +
+                                   Hexadecimal(parts_->layout.Loaded(symbol.value));
     listings.emplace(name, std::move(detail));
   }
   VisitAll(listings, visit);
@@ -358,6 +392,50 @@ void ElfProgram::ListTypes(const std::function<void(const Listing&)>& visit) {
   }
   VisitAll(listings, visit);
   if (parts_->damage) throw Error(*parts_->damage);
+}
+
+const TypeShape* ElfProgram::Shape(TypeNumber type) {
+  if (const TypeShape* const basic = parts_->basicShapes.Shape(type)) return basic;
+  return parts_->debug ? parts_->debug->shapes.Shape(type) : nullptr;
+}
+
+TypeNumber ElfProgram::FindShape(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (const auto named = debug.types.NamedRecordType(name)) return debug.shapes.NumberOf(named);
+    if (const auto entry = parts_->TypeEntry(name)) return debug.shapes.NumberOf(entry);
+  }
+  return parts_->basicShapes.NumberOf(name);
+}
+
+std::optional<NearestLabel> ElfProgram::LabelAt(std::uint64_t address) {
+  std::optional<AddressTable>& table = parts_->addresses;
+  if (!table) {
+    table.emplace();
+    AddSymbols(parts_->symbols, parts_->SymbolFile(), parts_->layout, &*table);
+    if (parts_->debug) {
+      DebugInfo& debug = *parts_->debug;
+      AddDescribedLabels(debug.index.Global(), parts_->symbols, parts_->file, debug.types, &*table);
+    }
+    table->Sort();
+  }
+  const AddressTable::Entry* const entry = table->Find(address);
+  if (entry == nullptr) return std::nullopt;
+  return NearestLabel{std::string(entry->name), address - entry->address};
+}
+
+void ElfProgram::VisitLabelNames(const std::function<void(std::string_view)>& visit) {
+  if (parts_->debug) {
+    VisitDefinedLabels(parts_->debug->index.Global(), visit);
+    VisitDefinedLabels(parts_->debug->index.Local(), visit);
+  }
+  for (std::uint32_t n = 0; n < parts_->symbols.Count(); ++n) visit(parts_->symbols.NameOf(n));
+}
+
+void ElfProgram::VisitTypeNames(const std::function<void(std::string_view)>& visit) {
+  if (!parts_->debug) return;
+  VisitDefinedTypes(parts_->debug->index.Global(), visit);
+  VisitDefinedTypes(parts_->debug->index.Local(), visit);
 }
 
 }  // namespace targets

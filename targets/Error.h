@@ -13,7 +13,9 @@ enum class ErrorCode {
   kBrokenInfo,      ///< debug information contradicts itself; names the file and the offset
   kAmbiguous,       ///< one name, several things, and no rule picks one
   kNotRepresented,  ///< known, but no type record or address can stand for it
-  kUnreadable,      ///< target memory that is not there
+  kNotDefined,      ///< the name is declared, but defined nowhere that is known
+  kUnreadable,      ///< target memory that is not there, not saved, or not allowed to be read
+  kTargetLost,      ///< the process, stub or connection is gone: nothing can be read any more
 };
 
 /// A failure, as opposed to "not found", which every lookup reports by an empty result. `what()` is

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/DataLableType.h"
+#include "targets/TypeShape.h"
 
 namespace targets {
 
@@ -73,6 +74,10 @@ class LabelSource {
   /// ambiguous, cannot be represented, or its description is broken.
   virtual std::optional<Label> FindLabel(std::string_view name) = 0;
 
+  /// An object by its name, of whatever type: also one that no record can stand for, and whose
+  /// label therefore cannot be had. Nothing when the name stands for no object. Throws `Error`.
+  virtual std::optional<NamedObject> FindObject(std::string_view name);
+
   /// Does `name` name a type? `name` is the `base` of a type name as `CanonicalTypeName` gives it
   /// (`unsigned int`, `struct node`, `node_t`), or the name of a record out of a `NestedTypes` list
   /// of this source. Cheap: builds no record.
@@ -91,6 +96,24 @@ class LabelSource {
   /// Calls `visit` once for each label, respectively type, that can be named, in order of names.
   virtual void ListLabels(const std::function<void(const Listing&)>& visit) = 0;
   virtual void ListTypes(const std::function<void(const Listing&)>& visit) = 0;
+
+  /// What the type with this number is made of, kept as long as the source lives. Null for 0, for a
+  /// number that is none of this source's, and from sources that know no shapes. Throws `Error`
+  /// (`kBrokenInfo`).
+  virtual const TypeShape* Shape(TypeNumber type);
+
+  /// The number of a type by name, `name` as in `HasType`. 0 when there is none.
+  virtual TypeNumber FindShape(std::string_view name);
+
+  /// The variable, function or symbol that `address` lies in: the last one that starts at or before
+  /// it and is large enough, as far as its size is known.
+  virtual std::optional<NearestLabel> LabelAt(std::uint64_t address);
+
+  /// Calls `visit` for the name of each label, respectively type, that can be named, in no order
+  /// and perhaps more than once. Unlike the listings it describes nothing, and so is cheap: for
+  /// completion. A view is valid during the call.
+  virtual void VisitLabelNames(const std::function<void(std::string_view)>& visit);
+  virtual void VisitTypeNames(const std::function<void(std::string_view)>& visit);
 };
 
 }  // namespace targets

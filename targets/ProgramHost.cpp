@@ -19,9 +19,9 @@ namespace {
 constexpr std::string_view kSecondSpaceWord = "ZV_Lorn";
 constexpr std::string_view kKeywordBlank = ":@:";
 
-DataLableType Word(std::uint32_t pointerSize) {
+DataLableType Word(std::uint32_t size, std::uint32_t pointerSize) {
   DataLableType word;
-  word.Size = pointerSize;
+  word.Size = size;
   word.PointerSize = pointerSize;
   return word;
 }
@@ -44,6 +44,18 @@ std::string AddressText(std::uint64_t address, std::uint64_t space) {
   return text;
 }
 
+std::string GapText(MemoryGap gap) {
+  switch (gap) {
+    case MemoryGap::kNotSaved:
+      return ": it was not saved";
+    case MemoryGap::kNotAllowed:
+      return ": that is not allowed";
+    case MemoryGap::kNotThere:
+      break;
+  }
+  return "";
+}
+
 std::uint64_t Assemble(const std::array<std::byte, 8>& bytes, std::size_t size, ByteOrder order) {
   std::uint64_t value = 0;
   for (std::size_t i = 0; i < size; ++i) {
@@ -62,26 +74,48 @@ std::string Decimal(Number value) {
 
 }  // namespace
 
+Error UnreadableMemory(std::uint64_t address, std::uint8_t space, MemoryGap gap) {
+  return {ErrorCode::kUnreadable,
+          "cannot read memory at " + AddressText(address, space) + GapText(gap)};
+}
+
 void ProgramHost::StartResolution() {
   failure_.reset();
   untyped_.clear();
   accesses_.clear();
+  fetchedAny_ = false;
+  memory_.Refresh();
 }
 
 void ProgramHost::Remember(const Error& error) {
   if (!failure_) failure_ = error;
 }
 
-bool ProgramHost::CheckAddress(std::uint64_t address, std::uint8_t memorySpace) {
+std::uint32_t ProgramHost::AccessBytes(std::uint8_t space) const {
+  const std::uint32_t size = std::clamp(accessSize, 1U, 8U);
+  // In the second space the resolver asks for 8 bytes and keeps the lower ones of the number, which
+  // are the word only where the bytes behind it come out higher.
+  if (space == 0 || labels_.Order() == ByteOrder::kLittle) return size;
+  return std::min(size, wordSize_.value_or(labels_.PointerSize()));
+}
+
+bool ProgramHost::Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t size) {
+  // Whatever is not read, such as what lies past the end of memory, counts as zero: "->" may read a
+  // pointer with more bytes than it has.
+  fetched_ = {address, size, space, {}};
+  fetchedAny_ = false;
   try {
-    std::array<std::byte, 1> byte{};
-    if (memory_.Read(address, memorySpace, byte) == 1) return true;
-    Remember(Error(ErrorCode::kUnreadable,
-                   "cannot read memory at " + AddressText(address, memorySpace)));
+    const MemoryRead read = memory_.Read(address, space, std::span(fetched_.bytes).first(size));
+    fetchedAny_ = read.size != 0;
+    if (!fetchedAny_) Remember(UnreadableMemory(address, space, read.gap));
   } catch (const Error& error) {
     Remember(error);
   }
-  return false;
+  return fetchedAny_;
+}
+
+bool ProgramHost::CheckAddress(std::uint64_t address, std::uint8_t memorySpace) {
+  return Fetch(address, memorySpace, AccessBytes(memorySpace));
 }
 
 std::string ProgramHost::GetFileName() {
@@ -110,7 +144,8 @@ bool ProgramHost::IsTypeName(std::string text) {
 }
 
 DataLableType ProgramHost::GetTypeDescription(std::string typeName, bool* unknown) {
-  if (typeName == kSecondSpaceWord) return Word(labels_.PointerSize());
+  if (typeName == kSecondSpaceWord)
+    return Word(wordSize_.value_or(labels_.PointerSize()), labels_.PointerSize());
   try {
     const auto known = [this](std::string_view base) { return labels_.HasType(base); };
     std::optional<TypeName> name = CanonicalTypeName(typeName, known);
@@ -127,7 +162,7 @@ DataLableType ProgramHost::GetTypeDescription(std::string typeName, bool* unknow
     Remember(error);
   }
   *unknown = true;
-  return Word(labels_.PointerSize());
+  return Word(labels_.PointerSize(), labels_.PointerSize());
 }
 
 std::uint64_t ProgramHost::FindLabel(const char* text, bool* undefined, bool* confirmed) {
@@ -163,20 +198,14 @@ void ProgramHost::ReadMemory(std::uint64_t first, std::uint64_t /*last*/, std::u
                              std::uint8_t, std::string* text, std::uint32_t, bool isFloat,
                              bool isDouble) {
   const auto space = static_cast<std::uint8_t>(memorySpace);
-  const std::uint32_t size = isDouble ? 8 : isFloat ? 4 : std::clamp(accessSize, 1U, 8U);
-  std::array<std::byte, 8> bytes{};
-  try {
-    // Bytes past the end stay zero: "->" may read a pointer with more bytes than it has.
-    if (memory_.Read(first, space, std::span(bytes).first(size)) == 0) {
-      Remember(Error(ErrorCode::kUnreadable, "cannot read memory at " + AddressText(first, space)));
-      return;
-    }
-  } catch (const Error& error) {
-    Remember(error);
-    return;
-  }
+  const std::uint32_t size = isDouble ? 8 : isFloat ? 4 : AccessBytes(space);
+  // The resolver asks whether an object can be read right before it is read: memory is asked once.
+  const bool known =
+      fetchedAny_ && fetched_.address == first && fetched_.space == space && fetched_.size >= size;
+  if (!known && !Fetch(first, space, size)) return;
+  fetchedAny_ = false;
   accesses_.push_back({first, size, space});
-  const std::uint64_t bits = Assemble(bytes, size, labels_.Order());
+  const std::uint64_t bits = Assemble(fetched_.bytes, size, labels_.Order());
   if (!isFloat && !isDouble) {
     *text = Decimal(bits);
     return;

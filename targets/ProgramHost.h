@@ -1,6 +1,8 @@
 #ifndef STRINGRESOLVER_TARGETS_PROGRAMHOST_H
 #define STRINGRESOLVER_TARGETS_PROGRAMHOST_H
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,6 +22,9 @@ struct MemoryAccess {
   std::uint8_t space = 0;
 };
 
+/// `kUnreadable`, with the address and, where there is more to say than that, the reason.
+Error UnreadableMemory(std::uint64_t address, std::uint8_t space, MemoryGap gap);
+
 /// A resolver's host made of two parts: where labels and types come from, and where memory comes
 /// from. Both are borrowed and must outlive it.
 ///
@@ -30,8 +35,13 @@ class ProgramHost : public TParrentInterface {
  public:
   ProgramHost(LabelSource& labels, MemorySource& memory) : labels_(labels), memory_(memory) {}
 
-  /// Forgets the accesses, the failure and the untyped label of the resolution before. Types and
-  /// labels stay.
+  /// Size in bytes, 1 to 8, of the word that `#` reads in the second memory space; the pointer size
+  /// until it is set.
+  void SetWordSize(std::uint32_t size) { wordSize_ = size; }
+
+  /// Forgets the accesses, the failure and the untyped label of the resolution before, and what the
+  /// memory source kept of a target that may have changed. Types and labels stay. Throws what
+  /// `MemorySource::Refresh` throws.
   void StartResolution();
 
   /// The first thing that failed since `StartResolution`: memory that could not be read (the
@@ -54,10 +64,26 @@ class ProgramHost : public TParrentInterface {
                   std::string* text, std::uint32_t, bool isFloat, bool isDouble) override;
 
  private:
+  /// What was read last: `size` bytes from `address`, those that could not be read as zero.
+  struct Fetched {
+    std::uint64_t address = 0;
+    std::uint32_t size = 0;
+    std::uint8_t space = 0;
+    std::array<std::byte, 8> bytes{};
+  };
+
   void Remember(const Error& error);
+  /// How many bytes the resolver's next read in `space` is about: 1 to 8.
+  [[nodiscard]] std::uint32_t AccessBytes(std::uint8_t space) const;
+  /// Can at least the first byte be read? If not, remembers why.
+  bool Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t size);
 
   LabelSource& labels_;
   MemorySource& memory_;
+  std::optional<std::uint32_t> wordSize_;
+  Fetched fetched_;
+  /// `fetched_` holds an object that `CheckAddress` read for the `ReadMemory` to come.
+  bool fetchedAny_ = false;
   std::optional<Error> failure_;
   std::string untyped_;
   std::vector<MemoryAccess> accesses_;

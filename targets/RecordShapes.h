@@ -18,6 +18,16 @@ struct TargetLayout {
   /// No object lies above this address.
   std::uint64_t highestAddress = 0;
   bool plainCharIsSigned = true;
+  /// Run-time address minus file address.
+  std::uint64_t loadBias = 0;
+  /// Added to the names of records.
+  std::string recordMark = {};
+
+  /// The run-time address of what the file has at `address`.
+  [[nodiscard]] std::uint64_t Loaded(std::uint64_t address) const {
+    const std::uint64_t sum = address + loadBias;
+    return pointerSize < 8 ? sum & ((std::uint64_t{1} << pointerSize * 8) - 1) : sum;
+  }
 };
 
 /// The `Size` of an array's record, for an array of `size` bytes. The resolver cuts the address of

@@ -72,10 +72,11 @@ std::vector<Change> Changes() {
       {"IsDouble", [](DataLableType* t) { t->IsDouble = !t->IsDouble; }},
       {"ExtraFlag", [](DataLableType* t) { t->ExtraFlag = !t->ExtraFlag; }},
       {"PointerSize", [](DataLableType* t) { t->PointerSize = 2; }, false},
+      {"TypeNumber", [](DataLableType* t) { t->TypeNumber = 7; }, false},
   };
 }
 
-TEST(TypeRecord, EveryFieldIsCopiedAndAllButThePointerSizeCompared) {
+TEST(TypeRecord, EveryFieldIsCopiedAndAllButTheHostsOwnCompared) {
   for (const Change& change : Changes()) {
     SCOPED_TRACE(change.name);
     DataLableType changed = Filled();
@@ -87,15 +88,18 @@ TEST(TypeRecord, EveryFieldIsCopiedAndAllButThePointerSizeCompared) {
     const DataLableType copied(changed);
     EXPECT_FALSE(copied != changed);
     EXPECT_EQ(copied.PointerSize, changed.PointerSize);
+    EXPECT_EQ(copied.TypeNumber, changed.TypeNumber);
     DataLableType assigned;
     const DataLableType returned = (assigned = changed);
     EXPECT_FALSE(assigned != changed);
     EXPECT_FALSE(returned != changed);
     EXPECT_EQ(assigned.PointerSize, changed.PointerSize);
+    EXPECT_EQ(assigned.TypeNumber, changed.TypeNumber);
     DataLableType source(changed);
     const DataLableType moved(std::move(source));
     EXPECT_FALSE(moved != changed);
     EXPECT_EQ(moved.PointerSize, changed.PointerSize);
+    EXPECT_EQ(moved.TypeNumber, changed.TypeNumber);
   }
 }
 

@@ -14,7 +14,7 @@ using targets::ElfProgram;
 std::string Read(ElfProgram& program, std::uint64_t address, std::size_t size,
                  std::uint8_t space = 0) {
   std::vector<std::byte> bytes(size, std::byte{0xEE});
-  const std::size_t got = program.Memory().Read(address, space, bytes);
+  const std::size_t got = program.Memory().Read(address, space, bytes).size;
   return std::string(reinterpret_cast<const char*>(bytes.data()), got);
 }
 

@@ -53,7 +53,7 @@ class FakeLabels final : public LabelSource {
 /// Ten bytes at 0x1000 of space 0, two at 0x10 of space 1; reading 0xBAD fails.
 class FakeMemory final : public MemorySource {
  public:
-  std::size_t Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) override {
+  MemoryRead Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) override {
     if (address == 0xBAD) throw Error(ErrorCode::kUnreadable, "the wire is cut");
     const std::string& all = space == 0 ? zero : one;
     const std::uint64_t start = space == 0 ? 0x1000 : 0x10;
@@ -62,7 +62,7 @@ class FakeMemory final : public MemorySource {
       bytes[done] = static_cast<std::byte>(all[address + done - start]);
       ++done;
     }
-    return done;
+    return {done, MemoryGap::kNotThere};
   }
 
   std::string zero = std::string("\x01\x02\x03\x04\x05\x06\x07\x08\x09\x0a", 10);

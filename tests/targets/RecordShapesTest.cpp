@@ -11,7 +11,7 @@ namespace {
 using Sizes = std::vector<std::uint64_t>;
 
 TargetLayout Layout(std::uint32_t pointerSize, ByteOrder order, std::uint64_t highest) {
-  return {pointerSize, order, highest, true};
+  return {pointerSize, order, highest, true, 0, {}};
 }
 
 /// What becomes of the sizes 0 to 16.

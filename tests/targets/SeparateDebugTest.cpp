@@ -51,7 +51,8 @@ class SeparateDebug : public testing::Test {
   std::string Outcome() {
     std::string outcome;
     try {
-      ElfProgram program((folder_ / fixture_).string(), (folder_ / "debug").string());
+      ElfProgram program((folder_ / fixture_).string(),
+                         {.debugFolder = (folder_ / "debug").string()});
       outcome = Evaluate(program, "bits.whole");
       // Labels that are known to the symbol table alone come from there.
       if (outcome == "9/4" && !program.FindLabel("_start")) outcome += " without symbols";
@@ -91,7 +92,8 @@ TEST_F(SeparateDebug, IsFoundFromALinkToTheProgram) {
   Put("apart-none.debug");
   fs::create_directory(folder_ / "bin");
   fs::create_symlink(folder_ / "apart-none", folder_ / "bin/link");
-  ElfProgram program((folder_ / "bin/link").string(), (folder_ / "debug").string());
+  ElfProgram program((folder_ / "bin/link").string(),
+                     {.debugFolder = (folder_ / "debug").string()});
   EXPECT_EQ(Evaluate(program, "bits.whole"), "9/4");
 }
 
@@ -142,7 +144,8 @@ TEST_F(SeparateDebug, SharedWithOtherProgramsIsFound) {
     Start("hosted-shared");
     Put(place);
     EXPECT_EQ(Outcome(), "9/4") << place;
-    ElfProgram program((folder_ / fixture_).string(), (folder_ / "debug").string());
+    ElfProgram program((folder_ / fixture_).string(),
+                       {.debugFolder = (folder_ / "debug").string()});
     EXPECT_EQ(Evaluate(program, "sizeof(struct large)"), "64/8") << place;
   }
 }
@@ -176,7 +179,8 @@ TEST_F(SeparateDebug, SharedWithOtherProgramsIsNamedWhenItCannotBeUsed) {
     }
     EXPECT_EQ(Outcome(), row.message);
     // Whatever the program has without it, none of that is typed or valued by chance.
-    ElfProgram program((folder_ / fixture_).string(), (folder_ / "debug").string());
+    ElfProgram program((folder_ / fixture_).string(),
+                       {.debugFolder = (folder_ / "debug").string()});
     EXPECT_FALSE(program.FindLabel("bits")->typed);
     EXPECT_FALSE(program.FindLabel("bits")->whyUntyped.empty());
     EXPECT_FALSE(program.HasType("struct large"));

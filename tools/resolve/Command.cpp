@@ -2,115 +2,83 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <exception>
-#include <iostream>
+#include <functional>
+#include <memory>
 #include <new>
-#include <string_view>
 #include <variant>
 
-#include "targets/ElfProgram.h"
-#include "targets/Error.h"
-#include "tools/resolve/Evaluator.h"
-#include "tools/resolve/ExpressionText.h"
-#include "tools/resolve/LineReader.h"
+#include "tools/resolve/Complaint.h"
+#include "tools/resolve/JsonLines.h"
+#include "tools/resolve/Layout.h"
 #include "tools/resolve/Listing.h"
 #include "tools/resolve/Options.h"
 #include "tools/resolve/Output.h"
-#include "tools/resolve/Printable.h"
+#include "tools/resolve/Prompt.h"
+#include "tools/resolve/Session.h"
+#include "tools/resolve/Target.h"
+#include "tools/resolve/WatchRun.h"
 
 namespace tool {
 namespace {
 
-constexpr std::string_view kStandardInput = "-";
-
-/// Each line on standard error goes out in one piece, so that lines of several commands do not mix.
-void Complain(const std::string& sentence) {
-  std::cerr << "resolve: " + Printable(sentence) + "\n" << std::flush;
+bool WriteJsonListing(const Lister& lister, std::string_view pattern, Output* output) {
+  bool any = false;
+  lister([&](const targets::Listing& entry) {
+    if (!pattern.empty() && !MatchesPattern(entry.name, pattern)) return;
+    any = true;
+    output->WriteLine(JsonOfListing(entry));
+  });
+  output->Flush();
+  return any;
 }
 
-/// Gives each expression its line: an answer on standard output or an error on standard error.
-class Session {
- public:
-  Session(targets::ElfProgram& program, const Options& options, Output* output)
-      : program_(program),
-        evaluator_(program, program.Memory(),
-                   options.exact ? Evaluator::Text::kExact : Evaluator::Text::kC),
-        verbose_(options.verbose),
-        output_(output) {}
-
-  Status Run(const std::vector<std::string>& expressions) {
-    if (expressions.size() == 1 && expressions.front() == kStandardInput) {
-      RunStandardInput();
-    } else {
-      for (const std::string& expression : expressions) RunOne(expression);
-    }
-    return status_;
+/// A program that reads the answers must learn from them as well that there will be no more.
+Status Refuse(const std::vector<std::string>& arguments, const std::string& sentence,
+              const std::string& advice = "") {
+  Complain(sentence + advice);
+  // The command line may be what is wrong, so it is only looked at.
+  if (std::find(arguments.begin(), arguments.end(), "--json") == arguments.end()) return kUnusable;
+  try {
+    Output output(STDOUT_FILENO, "standard output");
+    output.WriteLine(JsonOfError(sentence));
+    output.Flush();
+  } catch (const std::exception&) {
+    // The stream itself may be what is wrong; the complaint is out.
+    return kUnusable;
   }
+  return kUnusable;
+}
 
- private:
-  void RunStandardInput() {
-    // One byte more than the longest, so that what was cut is still too long.
-    LineReader reader(STDIN_FILENO, "standard input", kLongestExpression + 1);
-    std::string line;
-    while (reader.Read(&line)) {
-      if (!IsBlankText(line)) RunOne(line);
-    }
-  }
-
-  void RunOne(const std::string& expression) {
-    const Outcome outcome = evaluator_.Evaluate(expression);
-    const std::string echo = Printable(expression);
-    if (const auto* failure = std::get_if<Failure>(&outcome)) {
-      status_ = kNotResolved;
-      std::string sentence = Printable(failure->message);
-      if (LooksLikeOption(expression)) sentence += " (options stand before the program)";
-      std::cerr << "resolve: " + echo + ": " + sentence + "\n" << std::flush;
-      ExplainOnce(failure->message);
-      return;
-    }
-    const auto& answer = std::get<Answer>(outcome);
-    output_->WriteLine(verbose_ ? FormatValue(answer) + "  " + FormatDetails(answer)
-                                : FormatValue(answer));
-    // Whoever writes the expressions may wait for each answer.
-    output_->Flush();
-    for (const std::string& note : answer.notes) {
-      std::cerr << "note: " + echo + ": " + Printable(note) + "\n" << std::flush;
-    }
-  }
-
-  /// A label whose type could not be read fails like one that has no such member. The reason is
-  /// worth a line then, but not one for every expression.
-  void ExplainOnce(const std::string& message) {
-    const std::optional<std::string> reason = program_.WhyIncomplete();
-    if (explained_ || !reason) return;
-    explained_ = true;
-    if (message.find(*reason) != std::string::npos) return;
-    std::cerr << "note: " + Printable(*reason) + "\n" << std::flush;
-  }
-
-  targets::ElfProgram& program_;
-  Evaluator evaluator_;
-  bool explained_ = false;
-  bool verbose_;
-  Output* output_;
-  Status status_ = kAllResolved;
-};
-
-Status List(targets::ElfProgram& program, const Options& options, Output* output) {
+Status List(Target& target, const Options& options, Output* output) {
   const bool labels = options.task == Options::Task::kListLabels;
   const Lister lister = [&](const std::function<void(const targets::Listing&)>& visit) {
     if (labels) {
-      program.ListLabels(visit);
+      target.Labels().ListLabels(visit);
     } else {
-      program.ListTypes(visit);
+      target.Labels().ListTypes(visit);
     }
   };
-  if (WriteListing(lister, options.pattern, output)) return kAllResolved;
+  const bool any = options.json ? WriteJsonListing(lister, options.pattern, output)
+                                : WriteListing(lister, options.pattern, output);
+  if (any) return kAllResolved;
   const std::string what = labels ? "label" : "type";
   Complain(options.pattern.empty()
-               ? options.program + " has no " + what + "s"
-               : "no " + what + " of " + options.program + " matches " + options.pattern);
+               ? target.Name() + " has no " + what + "s"
+               : "no " + what + " of " + target.Name() + " matches " + options.pattern);
   return kNotResolved;
+}
+
+Status ShowLayout(Target& target, const std::string& name, Output* output) {
+  const targets::TypeNumber type = TypeNamed(target.Labels(), name);
+  if (type == 0) {
+    Complain("no type of " + target.Name() + " is called " + name);
+    return kNotResolved;
+  }
+  output->Write(LayoutText(target.Labels(), type));
+  output->Flush();
+  return kAllResolved;
 }
 
 Status Run(const std::vector<std::string>& arguments) {
@@ -122,10 +90,17 @@ Status Run(const std::vector<std::string>& arguments) {
     return kAllResolved;
   }
   const auto& options = std::get<Options>(request);
-  targets::ElfProgram program(options.program, options.debugFolder);
-  if (options.file) program.SetCurrentFile(*options.file);
-  if (options.task != Options::Task::kEvaluate) return List(program, options, &output);
-  return Session(program, options, &output).Run(options.expressions);
+  const std::unique_ptr<Target> target = OpenTarget(options);
+  for (const std::string& warning : target->Warnings()) Warn(warning);
+  if (options.task == Options::Task::kLayout) return ShowLayout(*target, options.type, &output);
+  if (options.task != Options::Task::kEvaluate) return List(*target, options, &output);
+  if (options.watch) return RunWatch(*target, options, &output);
+  if (options.expressions.empty()) {
+    if (!options.json && Prompt::IsPossible()) return Prompt(*target, options, &output).Run();
+    return Session(*target, options, &output).Run({"-"});
+  }
+  if (options.verbose) Note("reading " + target->Description());
+  return Session(*target, options, &output).Run(options.expressions);
 }
 
 }  // namespace
@@ -134,13 +109,12 @@ Status RunCommand(const std::vector<std::string>& arguments) {
   try {
     return Run(arguments);
   } catch (const UsageError& error) {
-    Complain(std::string(error.what()) + "; see resolve --help");
+    return Refuse(arguments, error.what(), "; see resolve --help");
   } catch (const std::bad_alloc&) {
-    Complain("there is not enough memory");
+    return Refuse(arguments, "there is not enough memory");
   } catch (const std::exception& error) {
-    Complain(error.what());
+    return Refuse(arguments, error.what());
   }
-  return kUnusable;
 }
 
 }  // namespace tool

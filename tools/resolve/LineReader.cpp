@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/StreamError.h"
 
 namespace tool {
@@ -35,6 +36,7 @@ bool LineReader::Fill() {
   at_ = 0;
   ssize_t count = 0;
   do {
+    Interruption::AwaitInput(descriptor_);
     count = read(descriptor_, buffer_.data(), buffer_.size());
   } while (count < 0 && errno == EINTR);
   if (count < 0) {

@@ -2,9 +2,11 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 
+#include "tools/resolve/Interruption.h"
 #include "tools/resolve/StreamError.h"
 
 namespace tool {
@@ -27,7 +29,8 @@ void Output::WriteLine(std::string_view line) {
 void Output::Flush() {
   std::string_view rest = pending_;
   while (!rest.empty()) {
-    const ssize_t written = write(descriptor_, rest.data(), rest.size());
+    const std::size_t most = std::min(rest.size(), Interruption::AwaitOutput(descriptor_));
+    const ssize_t written = write(descriptor_, rest.data(), most);
     if (written >= 0) {
       rest.remove_prefix(static_cast<std::size_t>(written));
     } else if (errno != EINTR) {
