@@ -12,6 +12,7 @@
 
 #include "targets/Error.h"
 #include "targets/Texts.h"
+#include "targets/TomlText.h"
 #include "targets/TypeNames.h"
 
 namespace targets {
@@ -216,10 +217,16 @@ class DescriptionReader {
 
   void ReadTarget(const Value& value) {
     Keys keys(result_, value.Table(), "`target`");
-    result_.pointerSize = static_cast<std::uint32_t>(keys.Need("pointer-size").Number(1, 8));
+    const Value pointerSize = keys.Need("pointer-size");
+    result_.pointerSize = static_cast<std::uint32_t>(pointerSize.Number(1, 8));
+    // Pointers below 8 bytes are fetched with 4.
+    if (result_.pointerSize > 4 && result_.pointerSize != 8) pointerSize.MustBe("1, 2, 3, 4 or 8");
     const Value order = keys.Need("byte-order");
     if (order.Text() != "little" && order.Text() != "big") order.MustBe("\"little\" or \"big\"");
     result_.order = order.Text() == "big" ? ByteOrder::kBig : ByteOrder::kLittle;
+    if (result_.order == ByteOrder::kBig && result_.pointerSize < 4) {
+      pointerSize.MustBe("4 or 8 where the byte order is big");
+    }
     result_.plainCharIsSigned = keys.Flag("char-is-signed", true);
     result_.largestAlignment = result_.pointerSize >= 4 ? 8 : std::bit_floor(result_.pointerSize);
     if (const auto most = keys.Find("largest-alignment")) {
@@ -406,7 +413,28 @@ void Description::Fail(const Spot& spot, const std::string& sentence) const {
                                             std::to_string(spot.column) + ": " + sentence);
 }
 
+namespace {
+
+/// Fails for what must not reach the parser.
+void CheckCharacters(std::string_view toml, const std::string& path) {
+  const std::optional<std::size_t> stray = FindStrayCharacter(toml);
+  if (!stray) return;
+  const std::string_view before = toml.substr(0, *stray);
+  Spot spot;
+  spot.line += static_cast<std::uint32_t>(std::count(before.begin(), before.end(), '\n'));
+  // Columns count characters; the bytes of one behind its first begin with the bits 10.
+  for (const char c : before.substr(before.rfind('\n') + 1)) {
+    if ((static_cast<unsigned char>(c) & 0xC0U) != 0x80) ++spot.column;
+  }
+  Description description;
+  description.path = path;
+  description.Fail(spot, "a character beyond ASCII may stand in strings and comments only");
+}
+
+}  // namespace
+
 Description ReadDescription(std::string_view toml, const std::string& path) {
+  CheckCharacters(toml, path);
   try {
     const toml::table root = toml::parse(toml, std::string_view(path));
     return DescriptionReader(root, path).Read();

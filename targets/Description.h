@@ -77,8 +77,8 @@ struct DescribedMemory {
 
 /// What a description says, before any of it is understood: names may be unknown, sizes missing.
 struct Description {
-  std::string path;  ///< how messages call it
-  std::uint32_t pointerSize = 0;
+  std::string path;               ///< how messages call it
+  std::uint32_t pointerSize = 0;  ///< 1 to 4 or 8 bytes; 4 or 8 where the order is big
   ByteOrder order = ByteOrder::kLittle;
   bool plainCharIsSigned = true;
   /// No member is aligned to more bytes than this.

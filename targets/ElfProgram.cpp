@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <map>
+#include <set>
 #include <utility>
 
 #include "targets/DwarfFile.h"
@@ -75,8 +76,20 @@ struct DebugInfo {
   TypeLookup lookup;
 };
 
+using Listings = std::set<std::pair<std::string, std::string>>;
+
 void VisitAll(const Listings& listings, const std::function<void(const Listing&)>& visit) {
   for (const auto& [name, detail] : listings) visit(Listing{name, detail});
+}
+
+/// A detail that cannot be read is said in its place, and does not hide the rest of the list.
+template <typename Describe>
+std::string DetailOrError(Describe describe) {
+  try {
+    return describe();
+  } catch (const Error& error) {
+    return error.what();
+  }
 }
 
 }  // namespace
@@ -270,20 +283,20 @@ std::optional<Label> ElfProgram::FindLabel(std::string_view name) {
   return label;
 }
 
-std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
-  if (parts_->debug) {
-    DebugInfo& debug = *parts_->debug;
-    if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
-  }
-  return LabelSource::FindObject(name);
-}
-
 std::optional<Label> ElfProgram::FindDeclared(std::string_view name, std::uint64_t address) {
   if (!parts_->debug) return std::nullopt;
   DebugInfo& debug = *parts_->debug;
   const auto declaration = debug.choice.FindDeclaration(name, debug.index.Global());
   if (!declaration) return std::nullopt;
   return debug.choice.Typed(name, *declaration, address);
+}
+
+std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
+  }
+  return LabelSource::FindObject(name);
 }
 
 bool ElfProgram::HasType(std::string_view name) {
@@ -329,14 +342,28 @@ const std::vector<MemberRemark>& ElfProgram::Remarks() const {
 
 void ElfProgram::ListLabels(const std::function<void(const Listing&)>& visit) {
   Listings listings;
-  IndexTable* described = nullptr;
   if (parts_->debug) {
     DebugInfo& debug = *parts_->debug;
-    described = &debug.index.Global();
-    AddLabelListings(*described, debug.choice, &listings);
-    AddLabelListings(debug.index.Local(), debug.choice, &listings);
+    for (IndexTable* table : {&debug.index.Global(), &debug.index.Local()}) {
+      for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
+        const IndexEntry& entry = table->entries[n];
+        if (!IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+        if (table->completed.count(entry.die) != 0) continue;
+        listings.emplace(table->names.NameOf(n),
+                         DetailOrError([&] { return debug.choice.Describe(entry); }));
+      }
+    }
   }
-  AddSymbolListings(parts_->symbols, described, parts_->layout, &listings);
+  for (std::uint32_t n = 0; n < parts_->symbols.Count(); ++n) {
+    const std::string_view name = parts_->symbols.NameOf(n);
+    if (parts_->debug && LabelChoice::Defines(name, parts_->debug->index.Global())) continue;
+    const ElfSymbol& symbol = parts_->symbols.At(n);
+    std::string detail = symbol.isThreadLocal
+                             ? "thread-local symbol"
+                             : (symbol.isFunction ? "function " : "symbol ") +
+                                   Hexadecimal(parts_->layout.Loaded(symbol.value));
+    listings.emplace(name, std::move(detail));
+  }
   VisitAll(listings, visit);
   if (parts_->damage) throw Error(*parts_->damage);
 }
@@ -345,8 +372,23 @@ void ElfProgram::ListTypes(const std::function<void(const Listing&)>& visit) {
   Listings listings;
   if (parts_->debug) {
     DebugInfo& debug = *parts_->debug;
-    AddTypeListings(debug.index.Global(), debug.file, &listings);
-    AddTypeListings(debug.index.Local(), debug.file, &listings);
+    for (IndexTable* table : {&debug.index.Global(), &debug.index.Local()}) {
+      for (std::uint32_t n = 0; n < table->names.Size(); ++n) {
+        const IndexEntry& entry = table->entries[n];
+        if (IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+        std::string name = TypeLookup::SpelledName(entry.kind, table->names.NameOf(n));
+        // Such as `list<int>`, which an expression would be cut in.
+        if (!CanonicalTypeName(name, [](std::string_view) { return true; })) continue;
+        listings.emplace(std::move(name), DetailOrError([&] {
+                           const Dwarf_Die die = debug.file.At(entry.die);
+                           if (entry.kind == EntryKind::kTypedef) {
+                             return TypeText(debug.file, debug.file.TypeOf(die));
+                           }
+                           const auto size = debug.file.Unsigned(die, DW_AT_byte_size);
+                           return std::to_string(size.value_or(0)) + " bytes";
+                         }));
+      }
+    }
   }
   VisitAll(listings, visit);
   if (parts_->damage) throw Error(*parts_->damage);

@@ -42,7 +42,7 @@ class RecordReader {
 
   std::vector<ImageBlock> ReadMotorolaS() {
     while (const auto line = NextLine()) {
-      if (line->front() != 'S' || line->size() < 2 || !Digit((*line)[1])) {
+      if (line->front() != 'S' || line->size() < 2 || (*line)[1] < '0' || (*line)[1] > '9') {
         Fail("a record begins with `S` and a digit");
       }
       MotorolaRecord((*line)[1], Bytes(line->substr(2)));

@@ -77,6 +77,7 @@ fields = [{ name = "name", type = "char [3]" }, { name = "number", type = "char"
 fields = [{ name = "v", type = "int" }, { name = "next", type = "struct node *" }]
 
 [struct.hidden]
+fields = [{ name = "found", type = "int" }]
 
 [enum.colour]
 values = { RED = 0, GREEN = 5, BLUE = -2 }

@@ -229,7 +229,7 @@ class RegionFiles : public testing::Test {
 
 TEST_F(RegionFiles, AreReadWholeOrInPart) {
   const std::string raw = File("raw", "0123456789");
-  const std::string hex = File("fw.hex", ":020000040800F2\n:0201000041423A\n:00000001FF\n");
+  const std::string hex = File("fw.hex", ":020000040800F2\n:0201000041427A\n:00000001FF\n");
   MemoryRegions memory(4);
   for (const std::string& text : {"0x100=" + raw, "0x200=" + raw + "@4", "0x300=" + raw + "@4:3",
                                   "1:0x10=" + raw + "@9", "0=" + hex, "0x1000=" + hex}) {
@@ -250,9 +250,9 @@ TEST_F(RegionFiles, AreReadWholeOrInPart) {
 TEST_F(RegionFiles, EachErrorIsOneSentence) {
   const std::string raw = File("raw", "0123456789");
   const std::string empty = File("empty", "");
-  const std::string hex = File("fw.hex", ":0201000041423A\n:00000001FF\n");
+  const std::string hex = File("fw.hex", ":0201000041427A\n:00000001FF\n");
   const std::string srec = File("fw.s19", "S104FFFF55A8\nS9030000FC\n");
-  const std::string bad = File("bad.hex", ":0201000041423B\n:00000001FF\n");
+  const std::string bad = File("bad.hex", ":0201000041427B\n:00000001FF\n");
   std::filesystem::create_directory(folder_ / "folder");
   const std::string pipe = (folder_ / "pipe").string();
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
@@ -274,7 +274,7 @@ TEST_F(RegionFiles, EachErrorIsOneSentence) {
   EXPECT_EQ(Fails("0=" + hex + "@0"),
             "'fw.hex' holds Intel HEX: an offset and a length count the bytes of raw files");
   EXPECT_EQ(Fails("0=" + bad),
-            "'bad.hex', line 1: the checksum is 0x3b, but the record's bytes make it 0x3a");
+            "'bad.hex', line 1: the checksum is 0x7b, but the record's bytes make it 0x7a");
   EXPECT_EQ(Fails("0xffffffffffffffff=" + hex, 8),
             "the address 0x100 in 'fw.hex', moved by 0xffffffffffffffff, is past the end of the "
             "address space");
@@ -284,7 +284,7 @@ TEST_F(RegionFiles, EachErrorIsOneSentence) {
 
 TEST_F(RegionFiles, HugeFilesAreNoTrouble) {
   const std::string raw = File("raw", "0123456789");
-  const std::string hex = File("fw.hex", ":0201000041423A\n:00000001FF\n");
+  const std::string hex = File("fw.hex", ":0201000041427A\n:00000001FF\n");
   std::filesystem::resize_file(raw, std::uintmax_t{1} << 40U);
   std::filesystem::resize_file(hex, std::uintmax_t{1} << 40U);
   MemoryRegions memory(8);

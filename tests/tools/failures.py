@@ -90,7 +90,7 @@ ROWS = [
         "(options stand before the program)\n"),
     # the command line
     unusable([], "no program is named; see resolve --help"),
-    unusable(["@"], "no expression is given; see resolve --help"),
+    unusable(["--watch", "1", "@"], "no expression is given to --watch; see resolve --help"),
     unusable(["--bogus", "@", "x"], "there is no option --bogus; see resolve --help"),
     unusable(["--file"], "--file: 1 required NAME missing; see resolve --help"),
     unusable(["--file", "nowhere.c", "@", "x"], "the program 'PROGRAM' has no source file 'nowhere.c'; it has <rest>"),

@@ -54,11 +54,12 @@ bool TakesAddress(std::string_view text) {
 /// One resolution, from the text that the resolver gets to the outcome.
 class Resolution {
  public:
-  Resolution(targets::LabelSource& labels, WatchingHost& host, std::string text)
+  Resolution(targets::LabelSource& labels, ExplainingHost& host, std::string text)
       : labels_(labels), host_(host), text_(std::move(text)), resolver_(&host) {}
 
   Outcome Run(bool numbersOnly) {
     solved_ = resolver_.SolveStringOfElements(text_);
+    host_.Log().confirmed = solved_ && resolver_.allLabelsConfirmed;
     TypedResult typed;
     if (!numbersOnly) typed = ReadType(text_, solved_, resolver_, host_, labels_);
     whole_ = typed.isWhole;
@@ -76,30 +77,30 @@ class Resolution {
     }
     answer.denoted = std::move(typed.denoted);
     // The bits of a bit-field are shown as what they are, but for those that are operands.
-    const std::vector<std::string> members = MemberNames(text_);
-    const std::string own = typed.isBitField && !members.empty() ? members.back() : "";
+    const std::string own = typed.isBitField ? MemberNames(text_).back() : "";
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
       if (remark.kind == targets::MemberRemark::Kind::kBitField && remark.member != own &&
           Concerns(remark)) {
-        AddNote(BitFieldNote(remark), &answer);
+        AddNote({kBitFieldNote, BitFieldNote(remark)}, &answer);
       }
     }
     if (!whole_ && !typed.isBitField && resolver_.ObjectType().ExtraFlag && answer.notes.empty()) {
-      AddNote("the value is the whole unit that holds the bits of a bit-field", &answer);
+      AddNote({kBitFieldNote, "the value is the whole unit that holds the bits of a bit-field"},
+              &answer);
     }
-    if (!untyped.empty()) AddNote(untyped, &answer);
+    if (!untyped.empty()) AddNote({kUntypedNote, untyped}, &answer);
     return answer;
   }
 
  private:
   /// Why the resolver's answer cannot be given, whatever the resolver says; empty when it can.
   std::optional<std::string> WhyNotToTrust() {
-    if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
     if (const auto& failure = host_.FirstFailure()) {
       // No other expression will fare better.
       if (failure->Code() == targets::ErrorCode::kTargetLost) throw targets::Error(*failure);
-      return failure->what();
+      if (!whole_) return failure->what();
     }
+    if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
     const bool hasResult = solved_ || resolver_.errorMessage == kFinalReadFailed;
     if (hasResult && IsComposite(resolver_.ObjectType())) {
       return CompositeSentence(resolver_.ObjectType());
@@ -253,15 +254,15 @@ class Resolution {
            remark.declaration + "); its value is the whole unit that holds the bits";
   }
 
-  static void AddNote(std::string note, Answer* answer) {
+  static void AddNote(NamedNote note, Answer* answer) {
     auto& notes = answer->notes;
-    if (std::find(notes.begin(), notes.end(), note) == notes.end()) {
-      notes.push_back(std::move(note));
-    }
+    const bool there = std::any_of(notes.begin(), notes.end(),
+                                   [&](const NamedNote& other) { return other.text == note.text; });
+    if (!there) notes.push_back(std::move(note));
   }
 
   targets::LabelSource& labels_;
-  WatchingHost& host_;
+  ExplainingHost& host_;
   std::string text_;
   ResolverView resolver_;
   bool solved_ = false;
@@ -274,6 +275,7 @@ class Resolution {
 }  // namespace
 
 Outcome Evaluator::Evaluate(std::string_view expression) {
+  host_.Log().Start(std::string(expression.substr(0, kLongestExpression)), "");
   if (expression.size() > kLongestExpression) {
     return Failure{"the expression is longer than " + FormatBytes(kLongestExpression)};
   }
@@ -293,6 +295,7 @@ Outcome Evaluator::Evaluate(std::string_view expression) {
   }
   if (text.empty()) return Failure{"the expression is empty"};
   host_.Start();
+  host_.Log().prepared = text;
   try {
     return Resolution(labels_, host_, std::move(text)).Run(numbersOnly_);
   } catch (const targets::Error& error) {

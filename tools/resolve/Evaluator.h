@@ -8,7 +8,8 @@
 #include "targets/LabelSource.h"
 #include "targets/MemorySource.h"
 #include "tools/resolve/Answer.h"
-#include "tools/resolve/WatchingHost.h"
+#include "tools/resolve/ExplainingHost.h"
+#include "tools/resolve/ResolutionLog.h"
 
 namespace tool {
 
@@ -47,9 +48,12 @@ class Evaluator {
   /// Throws `targets::Error` (`kTargetLost`) when the target is gone, and with it all answers.
   Outcome Evaluate(std::string_view expression);
 
+  /// What the last evaluation was.
+  [[nodiscard]] const ResolutionLog& Log() const { return host_.Log(); }
+
  private:
   targets::LabelSource& labels_;
-  WatchingHost host_;
+  ExplainingHost host_;
   Text text_;
   bool numbersOnly_ = false;
 };
