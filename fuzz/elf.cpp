@@ -1,9 +1,6 @@
 // A file opened as a program: everything that can be named is listed, looked up and built, and
 // expressions are resolved over it.
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +10,7 @@
 #include <vector>
 
 #include "fuzz/ByteSource.h"
+#include "fuzz/MemoryFile.h"
 #include "fuzz/Require.h"
 #include "targets/ElfProgram.h"
 #include "targets/Error.h"
@@ -27,23 +25,6 @@ using fuzzing::Require;
 constexpr std::size_t kMostNames = 24;
 /// No small file has a reason for more records in one type.
 constexpr std::size_t kMostRecords = 1U << 20U;
-
-/// A file in memory, the same one for every input.
-class MemoryFile {
- public:
-  MemoryFile() : descriptor_(memfd_create("input", MFD_CLOEXEC)) {
-    Require(descriptor_ >= 0, "a file in memory can be made");
-  }
-  void Hold(std::string_view bytes) const {
-    Require(ftruncate(descriptor_, 0) == 0, "the file in memory can be emptied");
-    const ssize_t written = pwrite(descriptor_, bytes.data(), bytes.size(), 0);
-    Require(written == static_cast<ssize_t>(bytes.size()), "the file in memory can be filled");
-  }
-  [[nodiscard]] std::string Path() const { return "/proc/self/fd/" + std::to_string(descriptor_); }
-
- private:
-  int descriptor_;
-};
 
 /// Runs a step that may fail, with words.
 void Attempt(const std::function<void()>& step) {
@@ -158,7 +139,7 @@ void Use(targets::ElfProgram& program) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const MemoryFile kFile;
+  static const fuzzing::MemoryFile kFile;
   kFile.Hold(fuzzing::AsText(data, size));
   Attempt([] {
     targets::ElfProgram program(kFile.Path());

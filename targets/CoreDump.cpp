@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
-#include <limits>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -56,10 +57,40 @@ std::string MachineText(const ElfFile& file) {
   }
 }
 
+/// In seconds; 0 when there is no such regular file.
 std::time_t LastChange(const std::string& path) {
   struct stat status {};
-  return stat(path.c_str(), &status) == 0 ? status.st_mtime : 0;
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? status.st_mtime : 0;
 }
+
+/// A dump's memory, and where it holds nothing of a mapped file, what the file has now, if that did
+/// not change since: good enough to see where a file was loaded when its headers were not saved.
+class HeaderMemory final : public MemorySource {
+ public:
+  HeaderMemory(MemorySource& saved, const std::vector<FileMapping>& mappings, std::time_t dumped)
+      : saved_(saved), mappings_(mappings), dumped_(dumped) {}
+
+  MemoryRead Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) override {
+    const MemoryRead read = saved_.Read(address, space, bytes);
+    if (read.size == bytes.size() || read.gap != MemoryGap::kNotSaved) return read;
+    for (const FileMapping& mapping : mappings_) {
+      if (address < mapping.start || address >= mapping.end) continue;
+      const std::time_t changed = LastChange(mapping.path);
+      if (changed == 0 || changed > dumped_) return read;
+      std::ifstream file(mapping.path, std::ios::binary);
+      file.seekg(static_cast<std::streamoff>(mapping.fileOffset + (address - mapping.start)));
+      file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+      if (file) return {bytes.size(), MemoryGap::kNotThere};
+      return read;
+    }
+    return read;
+  }
+
+ private:
+  MemorySource& saved_;
+  const std::vector<FileMapping>& mappings_;
+  std::time_t dumped_;
+};
 
 /// The text that ends with a zero byte at `address`; empty when it cannot be read.
 std::string ReadText(MemorySource& memory, std::uint64_t address) {
@@ -77,16 +108,9 @@ CoreDump::CoreDump(const std::string& path, const std::optional<std::string>& pr
     : core_(path, ElfFile::Use::kCoreDump),
       notes_(ReadCoreNotes(core_)),
       memory_(core_, notes_.mappings) {
-  if (!notes_.hasProcess && notes_.mappings.empty() && !notes_.programHeaders) {
-    Unusable("the core dump " + Quoted(path) + " has no notes about its process");
-  }
-  if (memory_.CompleteSize() > core_.Contents().size()) {
-    warnings_.push_back("the core dump " + Quoted(path) + " is cut off: it has " +
-                        std::to_string(core_.Contents().size()) + " of " +
-                        std::to_string(memory_.CompleteSize()) +
-                        " bytes, and the rest counts as not saved");
-  }
-  std::vector<LoadedFile> files = FindLoadedFiles(notes_.mappings, memory_);
+  CheckContents();
+  HeaderMemory headers(memory_, notes_.mappings, LastChange(path));
+  std::vector<LoadedFile> files = FindLoadedFiles(notes_.mappings, headers);
   const std::optional<LoadedFile> loaded = FindProgram(files);
   program_.path = program ? *program : FindProgramPath(loaded);
   const ElfFile file(program_.path);
@@ -100,6 +124,26 @@ CoreDump::CoreDump(const std::string& path, const std::optional<std::string>& pr
   program_.end = loaded ? loaded->end : wrapped(program_.loadBias + file.HighestAddress()) + 1;
   if (loaded) program_.dynamicSection = loaded->dynamicSection;
   UseFiles(loaded, std::move(files));
+}
+
+void CoreDump::CheckContents() {
+  const std::string dump = "the core dump " + Quoted(core_.Path());
+  const std::uint64_t size = core_.Contents().size();
+  const GElf_Ehdr& header = core_.Header();
+  // Segments that the file has lost are not even counted by libelf.
+  const std::uint64_t table = std::uint64_t{header.e_phnum} * header.e_phentsize;
+  if (header.e_phoff > size || table > size - header.e_phoff) {
+    Unusable(dump + " is cut off: its table of segments is not complete");
+  }
+  const bool cut = memory_.CompleteSize() > size;
+  if (!notes_.hasProcess && notes_.mappings.empty() && !notes_.programHeaders && !notes_.entry) {
+    Unusable(dump + (cut ? " is cut off: it" : "") + " has no notes about its process");
+  }
+  if (cut) {
+    warnings_.push_back(dump + " is cut off: it has " + std::to_string(size) + " of " +
+                        std::to_string(memory_.CompleteSize()) +
+                        " bytes, and the rest counts as not saved");
+  }
 }
 
 std::optional<LoadedFile> CoreDump::FindProgram(const std::vector<LoadedFile>& files) const {

@@ -39,6 +39,7 @@ class CoreDump {
   [[nodiscard]] const std::vector<std::string>& Warnings() const { return warnings_; }
 
  private:
+  void CheckContents();
   [[nodiscard]] std::optional<LoadedFile> FindProgram(const std::vector<LoadedFile>& files) const;
   [[nodiscard]] std::string FindProgramPath(const std::optional<LoadedFile>& loaded);
   void CheckMachine(const ElfFile& program) const;

@@ -1,6 +1,7 @@
 #include "targets/DwarfBitFields.h"
 
 #include "targets/DwarfLocation.h"
+#include "targets/TypeRecord.h"
 
 namespace targets {
 
@@ -19,11 +20,7 @@ std::optional<BitFieldPlace> ReadBitField(const DwarfFile& file, ByteOrder order
   place.bits = *bits;
   if (const auto first = file.Unsigned(die, DW_AT_data_bit_offset)) {
     place.firstBit = *first;
-    place.unitOffset = *first / 8;
-    const std::uint64_t unitBits = typeSize * 8;
-    // A packed bit-field may cross the border between two units: then one that starts at its byte.
-    const bool crosses = unitBits == 0 || *first % unitBits + *bits > unitBits;
-    if (!crosses) place.unitOffset = *first / unitBits * typeSize;
+    place.unitOffset = typeSize == 0 ? *first / 8 : StorageUnitOffset(*first, *bits, typeSize);
     return place;
   }
   // Before DWARF 4 a bit-field's location is that of its storage unit, and its place is counted

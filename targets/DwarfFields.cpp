@@ -92,7 +92,7 @@ class FieldReader {
   void AddField(const Dwarf_Die& die, std::uint64_t outer) {
     const TypeRecord& type = types_.OfObject(die);
     const std::string name(file_.Name(die));
-    DataLableType field = Shape(type);
+    DataLableType field = FieldRecord(type);
     field.Name = name;
     std::uint64_t offset = outer;
     if (const auto bitField = ReadBitField(file_, types_.Layout().order, die, type.size)) {
@@ -106,18 +106,6 @@ class FieldReader {
     if (type.kind == TypeRecord::Kind::kOpaque) Remark(die, MemberRemark::Kind::kTooLarge, "");
     field.Offset = RecordSize(offset, "the offset of member '" + name + "' of " + text_);
     result_.fields.push_back(std::move(field));
-  }
-
-  /// A field of structure type holds its structure as its only member: with the inner fields in the
-  /// field itself, a search for an outer name would find them.
-  DataLableType Shape(const TypeRecord& type) const {
-    if (type.kind != TypeRecord::Kind::kStructure) return type.record;
-    DataLableType shell;
-    shell.Size = type.record.Size;
-    shell.PointerSize = type.record.PointerSize;
-    shell.TypeNumber = type.record.TypeNumber;
-    shell.Members.push_back(type.record);
-    return shell;
   }
 
   void Remark(const Dwarf_Die& die, MemberRemark::Kind kind, const std::string& suffix) {

@@ -14,8 +14,6 @@
 namespace targets {
 namespace {
 
-constexpr std::uint64_t kWidestScalar = 8;
-
 /// Finds out when a walk from type to type comes back to where it was. Most walks are a few steps
 /// long, so only long ones are written down.
 class CycleGuard {
@@ -162,16 +160,13 @@ TypeRecord DwarfTypes::Build(std::optional<Dwarf_Die> type) {
   built.record.TypeNumber = innermost;
   for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
     if (level->isPointer) {
-      MakePointer(level->pointerSize, &built);
+      MakePointer(layout_, level->pointerSize, &built);
     } else {
-      MakeArray(*level, &built);
+      AddArray(*level, &built);
     }
     built.record.TypeNumber = level->number;
   }
-  if (built.kind == TypeRecord::Kind::kArray) {
-    built.record.Size =
-        static_cast<std::uint32_t>(ArrayRecordSize(layout_, built.size, built.record.IsPointer));
-  }
+  MakeObject(layout_, &built);
   return built;
 }
 
@@ -307,44 +302,13 @@ TypeRecord DwarfTypes::Opaque(const Dwarf_Die& type, const std::string& name, st
   return built;
 }
 
-// Records are swapped into place here: assigning one would copy the whole chain below it.
-
-/// Replaces a type by a pointer to it.
-void DwarfTypes::MakePointer(std::uint64_t size, TypeRecord* type) const {
-  if (size == 0 || size > kWidestScalar) size = layout_.pointerSize;
-  if (type->kind == TypeRecord::Kind::kStructure) {
-    type->record.Size = static_cast<std::uint32_t>(PointeeRecordSize(layout_, type->size));
-  } else if (type->kind == TypeRecord::Kind::kArray) {
-    type->record.Size =
-        static_cast<std::uint32_t>(ArrayRecordSize(layout_, type->size, type->record.IsPointer));
-  }
-  DataLableType pointee;
-  pointee.Swap(type->record);
-  DataLableType pointer =
-      PointerRecord(layout_, static_cast<std::uint32_t>(size), std::move(pointee));
-  type->record.Swap(pointer);
-  type->kind = TypeRecord::Kind::kPointer;
-  type->size = size;
-}
-
 /// Replaces a type by an array of it.
-void DwarfTypes::MakeArray(const Level& level, TypeRecord* type) const {
+void DwarfTypes::AddArray(const Level& level, TypeRecord* type) const {
   const std::uint64_t stride = level.stride == 0 ? type->size : level.stride;
   if (stride != 0 && level.count > std::numeric_limits<std::uint64_t>::max() / stride) {
     file_.Broken(level.die, "an array larger than any memory");
   }
-  DataLableType array;
-  array.IsArray = true;
-  array.IsPointer = type->kind != TypeRecord::Kind::kPointer;
-  array.Size =
-      RecordSize(stride * level.count, "an array of " + std::to_string(level.count) + " elements");
-  array.PointerSize = layout_.pointerSize;
-  // The element's size is what a subscript is multiplied by: exact, also for a row.
-  type->record.Size = RecordSize(stride, "the element of an array");
-  array.Members.push_back(std::move(type->record));
-  type->record.Swap(array);
-  type->kind = TypeRecord::Kind::kArray;
-  type->size = stride * level.count;
+  MakeArray(layout_, level.count, stride, type);
 }
 
 std::string DwarfTypes::RecordName(const Dwarf_Die& type, const std::string& text) {

@@ -15,23 +15,9 @@
 #include "targets/LabelSource.h"
 #include "targets/RecordShapes.h"
 #include "targets/TypeNumbers.h"
+#include "targets/TypeRecord.h"
 
 namespace targets {
-
-/// A type's record as an object of that type has it: a stub for structures.
-struct TypeRecord {
-  enum class Kind {
-    kScalar,
-    kPointer,
-    kArray,
-    kStructure,
-    kOpaque,  ///< a scalar whose value the resolver cannot hold
-  };
-  Kind kind = Kind::kScalar;
-  DataLableType record;
-  /// In bytes, as the language counts it, where the record's `Size` may be rounded.
-  std::uint64_t size = 0;
-};
 
 /// Builds type records out of debug information. A record is built when it is first needed, and
 /// kept.
@@ -79,8 +65,7 @@ class DwarfTypes {
   TypeRecord Structure(const Dwarf_Die& type);
   TypeRecord Other(const Dwarf_Die& type, int tag);
   TypeRecord Opaque(const Dwarf_Die& type, const std::string& name, std::uint64_t size);
-  void MakePointer(std::uint64_t size, TypeRecord* type) const;
-  void MakeArray(const Level& level, TypeRecord* type) const;
+  void AddArray(const Level& level, TypeRecord* type) const;
   bool IsSignedEnumeration(const Dwarf_Die& type);
   std::string RecordName(const Dwarf_Die& type, const std::string& text);
   Dwarf_Die Definition(const Dwarf_Die& type, int tag);

@@ -283,20 +283,20 @@ std::optional<Label> ElfProgram::FindLabel(std::string_view name) {
   return label;
 }
 
-std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
-  if (parts_->debug) {
-    DebugInfo& debug = *parts_->debug;
-    if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
-  }
-  return LabelSource::FindObject(name);
-}
-
 std::optional<Label> ElfProgram::FindDeclared(std::string_view name, std::uint64_t address) {
   if (!parts_->debug) return std::nullopt;
   DebugInfo& debug = *parts_->debug;
   const auto declaration = debug.choice.FindDeclaration(name, debug.index.Global());
   if (!declaration) return std::nullopt;
   return debug.choice.Typed(name, *declaration, address);
+}
+
+std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
+  }
+  return LabelSource::FindObject(name);
 }
 
 bool ElfProgram::HasType(std::string_view name) {

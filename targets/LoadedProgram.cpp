@@ -206,11 +206,8 @@ std::optional<Label> LoadedProgram::FindElsewhere(std::string_view name,
       }
       return label;
     } catch (const Error& error) {
-      if (error.Code() == ErrorCode::kAmbiguous || error.Code() == ErrorCode::kNotRepresented) {
-        throw;
-      }
-      // Most systems keep the debug information of their libraries in packages of its own, so that
-      // it is not there is no reason to doubt that a name is unknown.
+      // Another library may have the one that is meant. Most systems keep the debug information of
+      // their libraries in packages of its own: that it is not there does not make a name doubtful.
       const bool worthIt = i == 0 || error.Code() != ErrorCode::kFileUnusable;
       if (!failure && worthIt) failure = error;
     }

@@ -1,20 +1,25 @@
 #include "targets/ProcessMaps.h"
 
+#include <elf.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <charconv>
 #include <climits>
 #include <tuple>
 #include <utility>
 
 #include "targets/Error.h"
+#include "targets/LinkMap.h"
 
 namespace targets {
 namespace {
 
+constexpr ByteOrder kOwnOrder =
+    std::endian::native == std::endian::big ? ByteOrder::kBig : ByteOrder::kLittle;
 constexpr std::string_view kLineFeed = "\\012";
 
 /// Takes one line of the text apart, from the left.
@@ -84,6 +89,14 @@ std::string Hexadecimal(std::uint64_t number) {
   return {digits.data(), std::to_chars(digits.data(), digits.data() + 16, number, 16).ptr};
 }
 
+/// Of the program whose headers lie at `program.start`; that of this command when they do not.
+std::uint32_t PointerSize(const LoadedFile& program, MemorySource& memory) {
+  std::array<std::byte, EI_NIDENT> identification{};
+  const MemoryRead read = memory.Read(program.start, 0, identification);
+  if (read.size < identification.size()) return sizeof(void*);
+  return std::to_integer<int>(identification[EI_CLASS]) == ELFCLASS64 ? 8 : 4;
+}
+
 /// Where a symbolic link leads; empty when that cannot be told.
 std::string LinkTarget(const std::string& link) {
   std::string target(PATH_MAX + 16, '\0');
@@ -106,8 +119,10 @@ std::string OpenablePath(const Process& process, const std::string& name, const 
                             : found.st_ino == inode;
     if (same) return candidate;
   }
+  if (known) return link;
   // Some file systems show other inode numbers here than there. The build-id has the last word.
-  return known ? link : below;
+  struct stat found {};
+  return stat(below.c_str(), &found) == 0 ? below : name;
 }
 
 }  // namespace
@@ -178,6 +193,8 @@ ProcessFiles FindProcessFiles(Process& process, MemorySource& memory) {
       files.libraries.push_back(std::move(file));
     }
   }
+  OrderAsLinked(files.program, PointerSize(files.program, memory), kOwnOrder, memory,
+                &files.libraries);
   // A program whose headers are not part of its memory cannot have been moved either.
   if (files.program.path.empty()) files.program.path = OpenablePath(process, programName, exe, 0);
   return files;

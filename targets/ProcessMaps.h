@@ -39,7 +39,7 @@ MemoryGap WhyUnreadable(const std::vector<ProcessMapping>& mappings, std::uint64
 /// What a process has loaded.
 struct ProcessFiles {
   LoadedFile program;
-  std::vector<LoadedFile> libraries;  ///< in order of addresses
+  std::vector<LoadedFile> libraries;  ///< in the order in which the dynamic linker searches them
   friend bool operator==(const ProcessFiles&, const ProcessFiles&);
 };
 

@@ -91,6 +91,14 @@ void ProgramHost::Remember(const Error& error) {
   if (!failure_) failure_ = error;
 }
 
+std::uint32_t ProgramHost::AccessBytes(std::uint8_t space) const {
+  const std::uint32_t size = std::clamp(accessSize, 1U, 8U);
+  // In the second space the resolver asks for 8 bytes and keeps the lower ones of the number, which
+  // are the word only where the bytes behind it come out higher.
+  if (space == 0 || labels_.Order() == ByteOrder::kLittle) return size;
+  return std::min(size, wordSize_.value_or(labels_.PointerSize()));
+}
+
 bool ProgramHost::Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t size) {
   // Whatever is not read, such as what lies past the end of memory, counts as zero: "->" may read a
   // pointer with more bytes than it has.
@@ -107,7 +115,7 @@ bool ProgramHost::Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t
 }
 
 bool ProgramHost::CheckAddress(std::uint64_t address, std::uint8_t memorySpace) {
-  return Fetch(address, memorySpace, std::clamp(accessSize, 1U, 8U));
+  return Fetch(address, memorySpace, AccessBytes(memorySpace));
 }
 
 std::string ProgramHost::GetFileName() {
@@ -190,7 +198,7 @@ void ProgramHost::ReadMemory(std::uint64_t first, std::uint64_t /*last*/, std::u
                              std::uint8_t, std::string* text, std::uint32_t, bool isFloat,
                              bool isDouble) {
   const auto space = static_cast<std::uint8_t>(memorySpace);
-  const std::uint32_t size = isDouble ? 8 : isFloat ? 4 : std::clamp(accessSize, 1U, 8U);
+  const std::uint32_t size = isDouble ? 8 : isFloat ? 4 : AccessBytes(space);
   // The resolver asks whether an object can be read right before it is read: memory is asked once.
   const bool known =
       fetchedAny_ && fetched_.address == first && fetched_.space == space && fetched_.size >= size;

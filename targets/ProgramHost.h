@@ -73,6 +73,8 @@ class ProgramHost : public TParrentInterface {
   };
 
   void Remember(const Error& error);
+  /// How many bytes the resolver's next read in `space` is about: 1 to 8.
+  [[nodiscard]] std::uint32_t AccessBytes(std::uint8_t space) const;
   /// Can at least the first byte be read? If not, remembers why.
   bool Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t size);
 

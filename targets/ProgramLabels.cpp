@@ -4,7 +4,9 @@
 #include <vector>
 
 #include "targets/DwarfLocation.h"
+#include "targets/DwarfText.h"
 #include "targets/Error.h"
+#include "targets/Texts.h"
 #include "targets/TypeLookup.h"
 #include "targets/TypeNames.h"
 
@@ -27,12 +29,27 @@ std::vector<std::uint64_t> SectionEnds(const ElfFile& file) {
   return ends;
 }
 
+/// Not so `list<int>`, which an expression would be cut in.
+bool CanBeTyped(const std::string& typeName) {
+  return CanonicalTypeName(typeName, [](std::string_view) { return true; }).has_value();
+}
+
 std::uint64_t SizeOf(const IndexEntry& entry, const Dwarf_Die& die, DwarfTypes& types,
                      std::uint64_t address) {
   if (entry.kind == EntryKind::kVariable) return types.OfObject(die).size;
   Dwarf_Die copy = die;
   Dwarf_Addr end = 0;
   return dwarf_highpc(&copy, &end) == 0 && end > address ? end - address : 1;
+}
+
+/// A detail that cannot be read is said in its place, and does not hide the rest of the list.
+template <typename Describe>
+std::string DetailOrError(Describe describe) {
+  try {
+    return describe();
+  } catch (const Error& error) {
+    return error.what();
+  }
 }
 
 }  // namespace
@@ -98,8 +115,46 @@ void VisitDefinedTypes(const IndexTable& index,
     const IndexEntry& entry = index.entries[n];
     if (IsLabelKind(entry.kind)) continue;
     const std::string name = TypeLookup::SpelledName(entry.kind, index.names.NameOf(n));
-    // Such as `list<int>`, which an expression would be cut in.
-    if (CanonicalTypeName(name, [](std::string_view) { return true; })) visit(name);
+    if (CanBeTyped(name)) visit(name);
+  }
+}
+
+void AddLabelListings(IndexTable& index, LabelChoice& choice, Listings* listings) {
+  for (std::uint32_t n = 0; n < index.names.Size(); ++n) {
+    const IndexEntry& entry = index.entries[n];
+    if (!IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+    if (index.completed.count(entry.die) != 0) continue;
+    listings->emplace(index.names.NameOf(n), DetailOrError([&] { return choice.Describe(entry); }));
+  }
+}
+
+void AddTypeListings(const IndexTable& index, const DwarfFile& file, Listings* listings) {
+  for (std::uint32_t n = 0; n < index.names.Size(); ++n) {
+    const IndexEntry& entry = index.entries[n];
+    if (IsLabelKind(entry.kind) || entry.isDeclaration) continue;
+    std::string name = TypeLookup::SpelledName(entry.kind, index.names.NameOf(n));
+    if (!CanBeTyped(name)) continue;
+    listings->emplace(std::move(name), DetailOrError([&] {
+                        const Dwarf_Die die = file.At(entry.die);
+                        if (entry.kind == EntryKind::kTypedef) {
+                          return TypeText(file, file.TypeOf(die));
+                        }
+                        const auto size = file.Unsigned(die, DW_AT_byte_size);
+                        return std::to_string(size.value_or(0)) + " bytes";
+                      }));
+  }
+}
+
+void AddSymbolListings(ElfSymbols& symbols, IndexTable* described, const TargetLayout& layout,
+                       Listings* listings) {
+  for (std::uint32_t n = 0; n < symbols.Count(); ++n) {
+    const std::string_view name = symbols.NameOf(n);
+    if (described != nullptr && LabelChoice::Defines(name, *described)) continue;
+    const ElfSymbol& symbol = symbols.At(n);
+    std::string detail = symbol.isThreadLocal ? "thread-local symbol"
+                                              : (symbol.isFunction ? "function " : "symbol ") +
+                                                    Hexadecimal(layout.Loaded(symbol.value));
+    listings->emplace(name, std::move(detail));
   }
 }
 

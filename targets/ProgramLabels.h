@@ -2,13 +2,17 @@
 #define STRINGRESOLVER_TARGETS_PROGRAMLABELS_H
 
 #include <functional>
+#include <set>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "targets/AddressTable.h"
 #include "targets/DwarfIndex.h"
 #include "targets/DwarfTypes.h"
 #include "targets/ElfFile.h"
 #include "targets/ElfSymbols.h"
+#include "targets/LabelChoice.h"
 
 namespace targets {
 
@@ -28,6 +32,16 @@ void VisitDefinedLabels(const IndexTable& index,
 
 /// Visits the names of the types that `index` holds, as expressions write them.
 void VisitDefinedTypes(const IndexTable& index, const std::function<void(std::string_view)>& visit);
+
+/// Names with what is said about them, in order and each pair once.
+using Listings = std::set<std::pair<std::string, std::string>>;
+
+/// Each adds what it lists; what cannot be read is said in its place. Symbols that `described`
+/// defines as labels are left out; null: there is no debug information.
+void AddLabelListings(IndexTable& index, LabelChoice& choice, Listings* listings);
+void AddTypeListings(const IndexTable& index, const DwarfFile& file, Listings* listings);
+void AddSymbolListings(ElfSymbols& symbols, IndexTable* described, const TargetLayout& layout,
+                       Listings* listings);
 
 }  // namespace targets
 

@@ -68,9 +68,9 @@ struct TypeShape {
   /// What a pointer points to, or an array's element. Rows are elements of their own.
   TypeNumber target = 0;
   /// Elements of an array; nothing when it is not known.
-  std::optional<std::uint64_t> count;
-  std::vector<FieldShape> fields;            ///< in the order of the source
-  std::vector<EnumeratorShape> enumerators;  ///< in the order of the source
+  std::optional<std::uint64_t> count = std::nullopt;
+  std::vector<FieldShape> fields = {};            ///< in the order of the source
+  std::vector<EnumeratorShape> enumerators = {};  ///< in the order of the source
 };
 
 /// An object with a name.

@@ -26,7 +26,7 @@ struct holder {
 int a[5] = {10, -20, 30, 40, 50};
 int m[3][4] = {{0, 1, 2, 3}, {10, 11, 12, 13}, {20, 21, 22, 23}};
 char word[10] = "lantern";
-signed char grid[4][3] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}, {10, 11, 12}};
+signed char grid[4][2] = {{1, 2}, {3, 4}, {5, 6}, {7, 8}};
 double curve[3] = {0.25, -1.5, 4.0};
 struct pair pairs[3] = {{1, -1}, {2, -2}, {3, -3}};
 struct odd odds[3] = {{'a', "xy"}, {'b', "zw"}, {'c', "uv"}};

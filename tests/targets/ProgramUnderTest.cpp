@@ -16,7 +16,12 @@ bool HasFixture(const std::string& name) {
 }
 
 std::string Evaluate(targets::ElfProgram& program, const std::string& expression) {
-  targets::ProgramHost host(program, program.Memory());
+  return Evaluate(program, program.Memory(), expression);
+}
+
+std::string Evaluate(targets::LabelSource& labels, targets::MemorySource& memory,
+                     const std::string& expression) {
+  targets::ProgramHost host(labels, memory);
   TStringResolver resolver(&host);
   std::string outcome = testsupport::Outcome(resolver, resolver.SolveStringOfElements(expression));
   if (host.FirstFailure()) outcome += std::string(" ! ") + host.FirstFailure()->what();

@@ -19,6 +19,8 @@ bool HasFixture(const std::string& name);
 /// The outcome of `expression` on a new resolver over `program`, as `testsupport::Outcome` writes
 /// it, followed by ` ! ` and the sentence of the first failure that the host remembers.
 std::string Evaluate(targets::ElfProgram& program, const std::string& expression);
+std::string Evaluate(targets::LabelSource& labels, targets::MemorySource& memory,
+                     const std::string& expression);
 
 /// What a call that must fail with an `Error` says; "nothing was thrown" otherwise.
 template <typename Call>

@@ -58,6 +58,67 @@ TEST(Options, EndAtTheProgram) {
   }
 }
 
+TEST(Options, EndAtTheFirstExpressionOverAProcess) {
+  const std::vector<Expressions> rows = {
+      {{"--pid", "7", "x"}, "", {"x"}},
+      {{"--pid=7", "x", "-y"}, "", {"x", "-y"}},
+      {{"--pid", "7", "--", "-x"}, "", {"-x"}},
+      {{"--pid", "7", "-"}, "", {"-"}},
+      {{"--pid", "7", "/bin/true", "--stop"}, "", {"/bin/true", "--stop"}},
+      {{"--pid", "8", "--pid", "7", "x"}, "", {"x"}},
+      {{"--pid", "007", "--program", "prog", "x"}, "prog", {"x"}},
+  };
+  for (const Expressions& row : rows) {
+    const Options options = Read(row.arguments);
+    EXPECT_EQ(options.process, 7) << Joined(row.arguments);
+    EXPECT_FALSE(options.stop) << Joined(row.arguments);
+    EXPECT_EQ(options.program, row.program) << Joined(row.arguments);
+    EXPECT_EQ(options.expressions, row.expressions) << Joined(row.arguments);
+  }
+  EXPECT_TRUE(Read({"--pid", "7", "--stop", "x"}).stop);
+  EXPECT_EQ(Read({"prog", "x"}).process, std::nullopt);
+  EXPECT_EQ(Read({"--labels", "a*", "--pid", "7"}).pattern, "a*");
+  EXPECT_EQ(Read({"--pid", "7", "--labels"}).pattern, "");
+  EXPECT_THROW(ReadOptions({"--pid", "7", "prog", "--", "x"}), UsageError);
+  EXPECT_THROW(ReadOptions({"--pid", "7", "--core", "core", "x"}), UsageError);
+}
+
+TEST(Options, NameAStub) {
+  const Options plain = Read({"prog", "x"});
+  EXPECT_FALSE(plain.remote || plain.leaveStopped);
+  EXPECT_EQ(plain.timeout, 5.0);
+  const Options all =
+      Read({"--remote", "[::1]:3333", "--timeout", "0.25", "--leave-stopped", "prog", "x"});
+  EXPECT_EQ(all.remote, "[::1]:3333");
+  EXPECT_EQ(all.timeout, 0.25);
+  EXPECT_TRUE(all.leaveStopped);
+  const std::string noUse = " is of no use without --remote";
+  const std::string seconds = "--timeout takes a number of seconds above 0, up to 86400";
+  const std::vector<std::pair<Words, std::string>> rows = {
+      {{"--timeout", "1", "prog", "x"}, "--timeout" + noUse},
+      {{"--leave-stopped", "prog", "x"}, "--leave-stopped" + noUse},
+      {{"--remote", "board", "prog", "x"},
+       "--remote takes HOST:PORT or the path of a socket, not 'board'"},
+      {{"--remote", ":1", "--timeout", "0", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "-1", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "nan", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "1e9", "prog", "x"}, seconds},
+      {{"--remote", ":1", "prog"}, "no expression is given"},
+      {{"--remote", ":1"}, "no program is named"},
+      {{"--remote", ":1", "--pid", "1", "x"}, "--pid excludes --remote"},
+      {{"--remote", ":1", "--core", "core", "x"}, "--core excludes --remote"},
+  };
+  for (const auto& [words, sentence] : rows) {
+    std::string said = "nothing was thrown";
+    try {
+      ReadOptions(words);
+    } catch (const UsageError& error) {
+      said = error.what();
+    }
+    EXPECT_EQ(said, sentence) << Joined(words);
+  }
+}
+
 TEST(Options, AreTakenFromBeforeTheProgram) {
   const Options plain = Read({"prog", "x"});
   EXPECT_FALSE(plain.verbose || plain.exact || plain.file.has_value());
@@ -71,6 +132,33 @@ TEST(Options, AreTakenFromBeforeTheProgram) {
   EXPECT_TRUE(Read({"--verbose", "prog", "x"}).verbose);
   EXPECT_EQ(Read({"--file=b.c", "prog", "x"}).file, "b.c");
   EXPECT_EQ(Read({"--file", "a.c", "--file", "b.c", "prog", "x"}).file, "b.c");
+}
+
+TEST(Options, LeaveTheProgramToACoreDump) {
+  const std::vector<Expressions> rows = {
+      {{"--core", "core", "x"}, "", {"x"}},
+      {{"--core", "core", "x", "y"}, "", {"x", "y"}},
+      {{"--core", "core", "-"}, "", {"-"}},
+      {{"--core", "core", "--", "x"}, "", {"x"}},
+      {{"--core", "core", "--", "-x", "y"}, "", {"-x", "y"}},
+      {{"--core", "core", "prog", "--", "x"}, "prog", {"x"}},
+      {{"--core", "core", "prog", "--", "-x"}, "prog", {"-x"}},
+      // This test is an ELF file.
+      {{"--core", "core", "/proc/self/exe", "x"}, "/proc/self/exe", {"x"}},
+      {{"--core", "core", "/proc/self/exe"}, "", {"/proc/self/exe"}},
+      {{"--core", "core", "--", "/proc/self/exe", "x"}, "", {"/proc/self/exe", "x"}},
+  };
+  for (const Expressions& row : rows) {
+    const Options options = Read(row.arguments);
+    EXPECT_EQ(options.core, "core") << Joined(row.arguments);
+    EXPECT_EQ(options.program, row.program) << Joined(row.arguments);
+    EXPECT_EQ(options.expressions, row.expressions) << Joined(row.arguments);
+  }
+  EXPECT_EQ(Read({"--core", "core", "--labels"}).program, "");
+  EXPECT_EQ(Read({"--core", "core", "--labels", "a*"}).pattern, "a*");
+  EXPECT_EQ(Read({"--core", "core", "--labels", "a*", "prog"}).program, "prog");
+  EXPECT_EQ(Read({"--core", "core", "--labels", "/proc/self/exe"}).program, "/proc/self/exe");
+  EXPECT_FALSE(Read({"prog", "x"}).core);
 }
 
 struct ListRow {

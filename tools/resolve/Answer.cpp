@@ -27,7 +27,7 @@ std::string FormatDetails(const Answer& answer) {
   std::string details = FormatBytes(answer.size);
   if (answer.bits != 0) details = ToText(answer.bits) + (answer.bits == 1 ? " bit" : " bits");
   if (!answer.isNumber) {
-    details += ", " + Printable(answer.typeName);
+    details.append(", ").append(Printable(answer.typeName));
   } else {
     details += answer.floating ? ", floating" : answer.isSigned ? ", signed" : ", unsigned";
   }

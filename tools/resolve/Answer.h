@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tools/resolve/Denoted.h"
-
+#include "tools/resolve/NamedNote.h"
 namespace tool {
 
 /// What an expression denotes, and the resolver's number for it.
@@ -29,8 +29,8 @@ struct Answer {
   std::uint8_t space = 0;
   /// Of what is no number: its type, as a person would write it.
   std::string typeName;
-  /// Sentences about what the value does not say.
-  std::vector<std::string> notes;
+  /// What the value does not say.
+  std::vector<NamedNote> notes;
 };
 
 /// The value alone: `-5`, `18446744073709551615`, `0.1`, `1e+10`. Floating values are in the

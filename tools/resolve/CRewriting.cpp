@@ -242,13 +242,10 @@ CRewriting::Fix CRewriting::FixCutRow(const CNode& node) {
   }
   Meet(Difference::kCutRow);
   std::string text = "*((" + element.name + "*)&" + Source(*at);
-  std::uint64_t step = element.size;
   std::vector<std::string> terms;
-  CType row = element;
   const CNode* index = &node;
   for (const CNode* subscript : subscripts) {
-    const CType stride = reading_.Of(*index).type;
-    step = stride.size / element.size;
+    const std::uint64_t step = reading_.Of(*index).type.size / element.size;
     const std::string count = Operand(*subscript, {}, kProductLevel + 1);
     terms.push_back(step == 1 ? count : count + "*" + std::to_string(step));
     index = &WithoutGroups(index->Part(0));
@@ -279,9 +276,10 @@ CRewriting::Fix CRewriting::FixArrow(const CNode& node) {
 CRewriting::Fix CRewriting::FixBitField(const CNode& node, const Place& place) {
   const CMeaning& member = reading_.Of(node);
   if (member.type.bits == 0 || place.parent == nullptr || !member.value) return std::nullopt;
-  if (place.parent->kind == Kind::kSizeof || place.parent->kind == Kind::kIndex) {
-    return std::nullopt;
-  }
+  const CNode& parent = *place.parent;
+  const bool valued = parent.kind == Kind::kBinary || parent.kind == Kind::kCast ||
+                      (parent.kind == Kind::kUnary && parent.op != "&");
+  if (!valued) return std::nullopt;
   Meet(Difference::kBitField);
   for (const HostEvent& event : log_.events) {
     if (event.kind != HostEvent::Kind::kTypeRecord) continue;

@@ -70,6 +70,8 @@ CRewriting::Fix CRewriting::FixPointers(const CNode& node) {
   }
   if (leftPoints && rightPoints && node.op == "-") {
     const CType target = reading_.Target(left.type);
+    const CType other = reading_.Target(right.type);
+    if (target.size != other.size || target.name != other.name) return std::nullopt;
     const std::string integer = labels_.PointerSize() == 4 ? "(int)" : "(long)";
     std::string text = integer + "(" + Unchanged(node, {}).text + ")";
     Meet(Difference::kPointerDifference);
@@ -108,7 +110,8 @@ CRewriting::Fix CRewriting::FixComparison(const CNode& node) {
   }
   const bool leftFloats = left.type.kind == TypeKind::kFloating;
   const bool rightFloats = right.type.kind == TypeKind::kFloating;
-  if (leftFloats != rightFloats && (leftFloats ? right : left).type.kind == TypeKind::kInteger) {
+  if (leftFloats != rightFloats && left.type.size <= 8 && right.type.size <= 8 &&
+      (leftFloats ? right : left).type.kind == TypeKind::kInteger) {
     Meet(Difference::kFloatingComparison);
     const auto floating = [&](std::size_t part, bool already) {
       const CNode& operand = node.Part(part);

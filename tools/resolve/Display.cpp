@@ -9,6 +9,7 @@
 
 #include "targets/Error.h"
 #include "tools/resolve/BitFields.h"
+#include "tools/resolve/Concatenated.h"
 #include "tools/resolve/ObjectReader.h"
 #include "tools/resolve/Printable.h"
 #include "tools/resolve/QuotedText.h"
@@ -27,19 +28,22 @@ constexpr std::size_t kDeepest = 64;
 constexpr std::size_t kFewestRepeats = 10;
 /// A scalar has no more bytes than this; what has more is no scalar that could be shown.
 constexpr std::uint64_t kLargestScalar = 64;
+/// For each element that may be shown, so many are looked at: they may be equal to others.
+constexpr std::size_t kSoughtPerElement = 100;
 constexpr std::size_t kTextPiece = 64;
 /// Of an array of characters, so much is looked at to find where its text ends.
 constexpr std::uint64_t kTextSought = 4096;
 
 std::string More(std::uint64_t count, const char* what) {
-  return "... " + std::to_string(count) + " " + what;
+  return Concatenated({"... ", std::to_string(count), " ", what});
 }
 
 /// Elements of an array as they are written: equal ones, and those that cannot be read, are
 /// gathered.
 class ElementList {
  public:
-  void Add(std::string text, bool unreadable) {
+  /// Says whether the element is another one than the last.
+  bool Add(std::string text, bool unreadable) {
     const bool joins = count_ > 0 && (unreadable ? unreadable_ : !unreadable_ && text == text_);
     if (!joins) {
       Flush();
@@ -47,12 +51,13 @@ class ElementList {
       unreadable_ = unreadable;
     }
     ++count_;
+    return !joins;
   }
 
   std::string Finish(const std::string& end) {
     Flush();
     if (!end.empty()) Append(end);
-    return "{" + list_ + "}";
+    return Concatenated({"{", list_, "}"});
   }
 
  private:
@@ -89,6 +94,7 @@ class ValueWriter {
         format_(format),
         deepest_(std::min(limits.depth, kDeepest)),
         elementsLeft_(limits.elements),
+        soughtLeft_(limits.elements * kSoughtPerElement),
         membersLeft_(limits.members),
         reader_(denoted, size, memory) {}
 
@@ -122,7 +128,7 @@ class ValueWriter {
     const std::uint64_t size =
         shape.bits != 0 ? BytesOfBits(shape.firstBit, shape.bits) : shape.size;
     if (size == 0 || shape.bits > 128) return "<of unknown size>";
-    if (size > kLargestScalar) return "<" + std::to_string(size) + " bytes>";
+    if (size > kLargestScalar) return Concatenated({"<", std::to_string(size), " bytes>"});
     std::vector<std::byte> bytes(size);
     if (const auto gap = reader_.Read(address, bytes)) return Gap(*gap);
     const Scalar scalar = ScalarOf(shape, bytes, labels_.Order());
@@ -130,7 +136,7 @@ class ValueWriter {
     if (shape.kind != Kind::kPointer || scalar.bits == 0) return text;
     const TypeShape* const target = labels_.Shape(shape.target);
     if (target == nullptr || !HoldsText(*target)) return text;
-    return text + " " + PointedText(static_cast<std::uint64_t>(scalar.bits), target->size);
+    return text.append(" ") += PointedText(static_cast<std::uint64_t>(scalar.bits), target->size);
   }
 
   /// Are arrays of such elements shown as text?
@@ -155,7 +161,8 @@ class ValueWriter {
       text.resize(known + std::min(read.size, wanted));
       if (TextBytes(text, size) < text.size()) break;
       if (read.size < wanted) {
-        const std::string gap = "<" + SentenceOf({address + text.size(), 0, read.gap}) + ">";
+        const std::string gap =
+            Concatenated({"<", SentenceOf({address + text.size(), 0, read.gap}), ">"});
         return text.empty() ? gap : QuotedString(text, size, labels_.Order()) + " " + gap;
       }
     }
@@ -172,7 +179,7 @@ class ValueWriter {
       return "<elements of unknown type>";
     }
     if (HoldsText(*element)) return Characters(address, shape.size, element->size);
-    if (depth >= deepest_) return "{" + More(count, "elements") + "}";
+    if (depth >= deepest_) return Concatenated({"{", More(count, "elements"), "}"});
     TypeShape number;
     if (element->kind == Kind::kCharacter && format_ == Format::kNatural && !element->isText) {
       number = *element;
@@ -181,13 +188,16 @@ class ValueWriter {
     }
     ElementList list;
     for (std::uint64_t i = 0; i < count; ++i) {
-      if (elementsLeft_ == 0) return list.Finish(More(count - i, "more"));
+      if (elementsLeft_ == 0 || soughtLeft_ == 0) return list.Finish(More(count - i, "more"));
+      soughtLeft_ -= 1;
       const std::size_t left = elementsLeft_;
       lastFailed_ = false;
       std::string text = Value(*element, address + i * stride, depth + 1);
       const bool failed = lastFailed_ && !IsAggregate(*element);
-      list.Add(std::move(text), failed);
-      if (element->kind != Kind::kArray || elementsLeft_ == left) elementsLeft_ -= 1;
+      const bool isNew = list.Add(std::move(text), failed);
+      const bool counts = element->kind != Kind::kArray || elementsLeft_ == left;
+      // Equal elements count as one, and those that cannot be read as many.
+      if (counts && (isNew || failed) && elementsLeft_ > 0) elementsLeft_ -= 1;
     }
     return list.Finish("");
   }
@@ -214,7 +224,7 @@ class ValueWriter {
   std::string Structure(const TypeShape& shape, std::uint64_t address, std::size_t depth) {
     if (shape.isIncomplete) return "<incomplete type>";
     const std::size_t count = shape.fields.size();
-    if (depth >= deepest_ && count > 0) return "{" + More(count, "members") + "}";
+    if (depth >= deepest_ && count > 0) return Concatenated({"{", More(count, "members"), "}"});
     std::string text = "{";
     for (std::size_t i = 0; i < count; ++i) {
       if (i > 0) text += ", ";
@@ -232,7 +242,7 @@ class ValueWriter {
     const TypeShape* shape = labels_.Shape(field.type);
     std::string name = Printable(field.name);
     if (field.isBase && shape != nullptr) {
-      name = "<" + Printable(shape->name.substr(shape->name.rfind(' ') + 1)) + ">";
+      name = Concatenated({"<", Printable(shape->name.substr(shape->name.rfind(' ') + 1)), ">"});
     }
     if (!name.empty()) name += " = ";
     if (shape == nullptr) return name + "<of unknown type>";
@@ -254,13 +264,15 @@ class ValueWriter {
       if (bytes.empty() || reader_.Read(reader_.Start(), bytes)) return Gap(*gap);
       return RawText(bytes) + " " + Gap(*gap);
     }
-    return RawText(bytes) + (size > most ? " " + More(size - most, "more") : "");
+    std::string text = RawText(bytes);
+    if (size > most) text.append(" ").append(More(size - most, "more"));
+    return text;
   }
 
   std::string Gap(const Unreadable& unreadable) {
     lastFailed_ = true;
     if (!first_) first_ = unreadable;
-    return "<" + SentenceOf(unreadable) + ">";
+    return Concatenated({"<", SentenceOf(unreadable), ">"});
   }
 
   targets::LabelSource& labels_;
@@ -269,6 +281,7 @@ class ValueWriter {
   Format format_;
   std::size_t deepest_;
   std::size_t elementsLeft_;
+  std::size_t soughtLeft_;
   std::size_t membersLeft_;
   ObjectReader reader_;
   /// The first part of the object that could not be read.

@@ -14,7 +14,7 @@ namespace tool {
 /// How much of a value is shown. What is left out is said in its place.
 struct DisplayLimits {
   std::size_t depth = 20;        ///< structures and arrays inside of each other, at most 64
-  std::size_t elements = 200;    ///< elements of arrays, all together
+  std::size_t elements = 200;    ///< elements of arrays, all together; equal ones in a row are one
   std::size_t members = 1000;    ///< members of structures, all together
   std::size_t characters = 200;  ///< bytes of each text
   std::size_t rawBytes = 256;    ///< bytes in the format `kRaw`

@@ -81,26 +81,26 @@ class Resolution {
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
       if (remark.kind == targets::MemberRemark::Kind::kBitField && remark.member != own &&
           Concerns(remark)) {
-        AddNote(BitFieldNote(remark), &answer);
+        AddNote({kBitFieldNote, BitFieldNote(remark)}, &answer);
       }
     }
     if (!whole_ && !typed.isBitField && resolver_.ObjectType().ExtraFlag && answer.notes.empty()) {
-      AddNote("the value is the whole unit that holds the bits of a bit-field", &answer);
+      AddNote({kBitFieldNote, "the value is the whole unit that holds the bits of a bit-field"},
+              &answer);
     }
-    if (!untyped.empty()) AddNote(untyped, &answer);
+    if (!untyped.empty()) AddNote({kUntypedNote, untyped}, &answer);
     return answer;
   }
 
  private:
   /// Why the resolver's answer cannot be given, whatever the resolver says; empty when it can.
   std::optional<std::string> WhyNotToTrust() {
-    const auto& failure = host_.FirstFailure();
-    // No other expression will fare better.
-    if (failure && failure->Code() == targets::ErrorCode::kTargetLost) {
-      throw targets::Error(*failure);
+    if (const auto& failure = host_.FirstFailure()) {
+      // No other expression will fare better.
+      if (failure->Code() == targets::ErrorCode::kTargetLost) throw targets::Error(*failure);
+      if (!whole_) return failure->what();
     }
     if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
-    if (failure) return failure->what();
     const bool hasResult = solved_ || resolver_.errorMessage == kFinalReadFailed;
     if (hasResult && IsComposite(resolver_.ObjectType())) {
       return CompositeSentence(resolver_.ObjectType());
@@ -254,11 +254,11 @@ class Resolution {
            remark.declaration + "); its value is the whole unit that holds the bits";
   }
 
-  static void AddNote(std::string note, Answer* answer) {
+  static void AddNote(NamedNote note, Answer* answer) {
     auto& notes = answer->notes;
-    if (std::find(notes.begin(), notes.end(), note) == notes.end()) {
-      notes.push_back(std::move(note));
-    }
+    const bool there = std::any_of(notes.begin(), notes.end(),
+                                   [&](const NamedNote& other) { return other.text == note.text; });
+    if (!there) notes.push_back(std::move(note));
   }
 
   targets::LabelSource& labels_;
@@ -299,6 +299,7 @@ Outcome Evaluator::Evaluate(std::string_view expression) {
   try {
     return Resolution(labels_, host_, std::move(text)).Run(numbersOnly_);
   } catch (const targets::Error& error) {
+    if (error.Code() == targets::ErrorCode::kTargetLost) throw;
     return Failure{error.what()};
   }
 }

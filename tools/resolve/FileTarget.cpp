@@ -4,12 +4,18 @@
 
 namespace tool {
 
-FileTarget::FileTarget(std::string path, std::string debugFolder)
-    : path_(std::move(path)), debugFolder_(std::move(debugFolder)), program_(Open()) {}
+FileTarget::FileTarget(std::string path, std::string debugFolder, std::uint64_t highestAddress)
+    : path_(std::move(path)),
+      debugFolder_(std::move(debugFolder)),
+      highestAddress_(highestAddress),
+      program_(Open()) {}
 
 std::unique_ptr<targets::ElfProgram> FileTarget::Open() const {
-  auto program = std::make_unique<targets::ElfProgram>(
-      path_, targets::ElfOptions{.debugFolder = debugFolder_});
+  targets::ElfOptions options;
+  options.debugFolder = debugFolder_;
+  // Beyond 4 GiB, all that addresses can be: the program's own objects may lie higher still.
+  if (highestAddress_ >> 32 != 0) options.highestAddress = ~std::uint64_t{0};
+  auto program = std::make_unique<targets::ElfProgram>(path_, options);
   if (file_) program->SetCurrentFile(*file_);
   return program;
 }

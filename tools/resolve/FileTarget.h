@@ -1,6 +1,7 @@
 #ifndef STRINGRESOLVER_TOOLS_RESOLVE_FILETARGET_H
 #define STRINGRESOLVER_TOOLS_RESOLVE_FILETARGET_H
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,7 +14,8 @@ namespace tool {
 /// A program in an ELF file, with the memory that it starts with.
 class FileTarget final : public Target {
  public:
-  FileTarget(std::string path, std::string debugFolder);
+  /// Objects may lie up to `highestAddress`, besides those of the program itself.
+  FileTarget(std::string path, std::string debugFolder, std::uint64_t highestAddress = 0);
 
   [[nodiscard]] targets::LabelSource& Labels() override { return *program_; }
   [[nodiscard]] targets::MemorySource& Memory() override { return program_->Memory(); }
@@ -29,6 +31,7 @@ class FileTarget final : public Target {
 
   std::string path_;
   std::string debugFolder_;
+  std::uint64_t highestAddress_;
   std::optional<std::string> file_;
   std::unique_ptr<targets::ElfProgram> program_;
 };

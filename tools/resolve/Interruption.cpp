@@ -74,6 +74,10 @@ Interruption::~Interruption() {
   if (caught != 0) std::raise(caught);
 }
 
+int Interruption::Descriptor() {
+  return alarmPipe[0];
+}
+
 void Interruption::Check() {
   if (alarmPipe[0] >= 0 && caught != 0) throw Interrupted("interrupted by a signal");
 }

@@ -25,6 +25,9 @@ class Interruption {
   Interruption& operator=(const Interruption&) = delete;
   ~Interruption();
 
+  /// Can be read once a signal has come; -1 without an interruption. Belongs to the interruption.
+  static int Descriptor();
+
   /// Throws `Interrupted` when a signal has come.
   static void Check();
 

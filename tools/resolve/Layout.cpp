@@ -6,6 +6,7 @@
 
 #include "targets/TypeNames.h"
 #include "tools/resolve/Answer.h"
+#include "tools/resolve/Concatenated.h"
 #include "tools/resolve/Printable.h"
 
 namespace tool {
@@ -30,7 +31,9 @@ bool IsStructure(const TypeShape& shape) {
 }
 
 std::string BitText(std::uint64_t bit) {
-  return std::to_string(bit / 8) + (bit % 8 == 0 ? "" : ":" + std::to_string(bit % 8));
+  std::string text = std::to_string(bit / 8);
+  if (bit % 8 != 0) text.append(":").append(std::to_string(bit % 8));
+  return text;
 }
 
 std::string SizeText(std::uint64_t bits) {
@@ -92,11 +95,13 @@ std::string LayoutText(targets::LabelSource& labels, targets::TypeNumber type) {
   if (shape == nullptr) return "";
   std::string text = Printable(shape->name);
   if (shape->isIncomplete) return text + ", declared, but not defined\n";
-  text += shape->size == 0 && !IsStructure(*shape) ? "\n" : ", " + FormatBytes(shape->size) + "\n";
+  const bool sized = shape->size != 0 || IsStructure(*shape);
+  text += sized ? Concatenated({", ", FormatBytes(shape->size), "\n"}) : "\n";
   for (const targets::EnumeratorShape& enumerator : shape->enumerators) {
     const auto value = static_cast<std::int64_t>(enumerator.value);
-    text += "  " + Printable(enumerator.name) + " = " +
-            (shape->isSigned ? std::to_string(value) : std::to_string(enumerator.value)) + "\n";
+    text += Concatenated(
+        {"  ", Printable(enumerator.name), " = ",
+         shape->isSigned ? std::to_string(value) : std::to_string(enumerator.value), "\n"});
   }
   const std::vector<Row> rows = LayoutWriter(labels).Write(*shape);
   std::size_t offset = 0;
@@ -108,9 +113,9 @@ std::string LayoutText(targets::LabelSource& labels, targets::TypeNumber type) {
     name = std::max(name, 2 * row.depth + row.name.size());
   }
   for (const Row& row : rows) {
-    text += "  " + Padded(row.offset, offset, true) + "  " + Padded(row.size, size, true) + "  " +
-            Padded(std::string(2 * row.depth, ' ') + row.name, name, false) + "  " + row.type +
-            "\n";
+    text += Concatenated(
+        {"  ", Padded(row.offset, offset, true), "  ", Padded(row.size, size, true), "  ",
+         Padded(std::string(2 * row.depth, ' ') + row.name, name, false), "  ", row.type, "\n"});
   }
   return text;
 }

@@ -43,7 +43,7 @@ constexpr Example kArrayNameExamples[] = {
     {"*(*(m+1)+2)", "12", "Can`t do the dereference operation with this type", "m[1][2]"},
 };
 constexpr Example kCutRowExamples[] = {
-    {"grid[2][1]", "8", "<rest>", "*((signed char*)&grid+2*3+1)"},
+    {"grid[2][1]", "6", "<rest>", "*((signed char*)&grid+2*2+1)"},
 };
 constexpr Example kRoundedPointeeExamples[] = {
     {"po+1", "(an address)", "<number>", "(struct odd*)po+1"},

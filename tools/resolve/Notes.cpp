@@ -1,5 +1,6 @@
 #include "tools/resolve/Notes.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
@@ -11,6 +12,7 @@
 #include "targets/TypeNames.h"
 #include "tools/resolve/CRewriting.h"
 #include "tools/resolve/CTree.h"
+#include "tools/resolve/ExpressionText.h"
 #include "tools/resolve/NoteTable.h"
 
 namespace tool {
@@ -54,6 +56,19 @@ bool Agree(const CMeaning& meaning, const Answer& answer) {
   }
   const std::uint64_t bits = answer.negative ? 0 - answer.magnitude : answer.magnitude;
   return bits == meaning.value->bits && answer.negative == meaning.IsNegative();
+}
+
+/// Is every name one that the program has? If not, that is what is wrong.
+bool NamesAreKnown(const CNode& node, targets::LabelSource& labels) {
+  if (node.kind == CNode::Kind::kName && !labels.FindLabel(node.op)) return false;
+  return std::all_of(node.parts.begin(), node.parts.end(),
+                     [&](const auto& part) { return NamesAreKnown(*part, labels); });
+}
+
+std::string_view Trimmed(std::string_view text) {
+  while (!text.empty() && IsBlankText(text.substr(0, 1))) text.remove_prefix(1);
+  while (!text.empty() && IsBlankText(text.substr(text.size() - 1))) text.remove_suffix(1);
+  return text;
 }
 
 }  // namespace
@@ -104,6 +119,7 @@ bool NoteFinder::Confirms(const std::string& text, const CMeaning& wanted) {
 std::vector<NamedNote> NoteFinder::Find(std::string_view expression, const Outcome& outcome,
                                         const ResolutionLog& log) {
   std::vector<NamedNote> notes;
+  certain_ = false;
   // Points belong to names there.
   if (labels_.CurrentFileIsAssembly() || expression.find('#') != expression.npos) return notes;
   const auto isType = [this](std::string_view name) {
@@ -120,11 +136,13 @@ std::vector<NamedNote> NoteFinder::Find(std::string_view expression, const Outco
   CReading reading(labels_, MemoryFor(log));
   const CMeaning meaning = reading.Of(*tree);
   const auto* answer = std::get_if<Answer>(&outcome);
+  certain_ = meaning.value.has_value();
   if (answer != nullptr && Agree(meaning, *answer)) return notes;
   CRewriting rewriting(expression, reading, labels_, log, answer == nullptr);
   std::string rewritten;
   try {
-    rewritten = rewriting.Rewrite(*tree);
+    if (!NamesAreKnown(*tree, labels_)) return notes;
+    rewritten = std::string(Trimmed(rewriting.Rewrite(*tree)));
   } catch (const targets::Error&) {
     return notes;
   }

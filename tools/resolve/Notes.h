@@ -38,6 +38,8 @@ class NoteFinder {
   /// the log of its resolution.
   std::vector<NamedNote> Find(std::string_view expression, const Outcome& outcome,
                               const ResolutionLog& log);
+  /// Was it known what the last expression is in C, so that whatever is different was found?
+  [[nodiscard]] bool WasCertain() const { return certain_; }
 
  private:
   [[nodiscard]] CReading::Memory MemoryFor(const ResolutionLog& log);
@@ -47,6 +49,7 @@ class NoteFinder {
   targets::MemorySource& memory_;
   Reading reading_;
   Evaluator evaluator_;
+  bool certain_ = false;
 };
 
 }  // namespace tool

@@ -27,9 +27,9 @@ struct Options : TargetOptions {
   Notes notes = Notes::kShow;  ///< what to do about notes on an expression
   bool explain = false;        ///< show each step of a resolution
   bool json = false;           ///< one JSON object a line
-  bool plain = false;
+  bool plain = false;          ///< numbers only
   Format format = Format::kNatural;
-  std::optional<std::uint64_t> count;  ///< at least 1
+  std::optional<std::uint64_t> count;  ///< elements to see, at least 1
 };
 
 /// Text that the command line asks for instead: the help, the version.

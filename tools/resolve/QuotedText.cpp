@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "tools/resolve/BitFields.h"
+#include "tools/resolve/Concatenated.h"
 #include "tools/resolve/Printable.h"
 
 namespace tool {
@@ -120,7 +121,7 @@ std::string QuotedArray(std::span<const std::byte> bytes, std::size_t size,
   while (end >= size && IsZero(bytes.subspan(end - size, size))) end -= size;
   const std::size_t shown = std::min(end, most / size * size);
   std::string text = Prefixed(size, Quoted(Narrow(bytes.first(shown), size, order), '"'));
-  if (shown < end) text += "... (" + std::to_string((end - shown) / size) + " more)";
+  if (shown < end) text += Concatenated({"... (", std::to_string((end - shown) / size), " more)"});
   return terminated ? text : text + " (no zero at its end)";
 }
 

@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "tools/resolve/Answer.h"
+#include "tools/resolve/Concatenated.h"
 #include "tools/resolve/Printable.h"
 #include "tools/resolve/QuotedText.h"
 #include "tools/resolve/WideFloat.h"
@@ -43,7 +44,7 @@ std::string CharacterText(const Scalar& scalar, bool always) {
 
 std::string FloatingText(const Scalar& scalar, targets::LabelSource& labels) {
   std::string text = FloatText(scalar.bytes, labels.Order(), scalar.shape.isExtended);
-  return text.empty() ? "<" + RawText(scalar.bytes) + ">" : text;
+  return text.empty() ? Concatenated({"<", RawText(scalar.bytes), ">"}) : text;
 }
 
 std::string IntegerText(const Scalar& scalar) {
@@ -58,7 +59,9 @@ std::string NaturalText(const Scalar& scalar, targets::LabelSource& labels) {
     case Kind::kInteger:
       return IntegerText(scalar);
     case Kind::kBoolean:
-      if (scalar.bits > 1) return "true (" + NumberText(scalar.bits, scalar.width, false) + ")";
+      if (scalar.bits > 1) {
+        return Concatenated({"true (", NumberText(scalar.bits, scalar.width, false), ")"});
+      }
       return scalar.bits == 0 ? "false" : "true";
     case Kind::kCharacter:
       return CharacterText(scalar, false);
@@ -70,7 +73,7 @@ std::string NaturalText(const Scalar& scalar, targets::LabelSource& labels) {
       return AddressText(static_cast<std::uint64_t>(scalar.bits), labels);
     default:
       if (scalar.width != 0 && scalar.width <= 64) return InBase(scalar.bits, 4, "0x");
-      return "<" + RawText(scalar.bytes) + ">";
+      return Concatenated({"<", RawText(scalar.bytes), ">"});
   }
 }
 
@@ -140,7 +143,7 @@ std::string EnumerationText(const TypeShape& shape, WideUnsigned bits, std::uint
     rest &= ~enumerator.value;
   }
   if (names.empty()) return number;
-  if (rest != 0) names += "|" + FormatAddress(rest);
+  if (rest != 0) names.append("|").append(FormatAddress(rest));
   return names + " (" + number + ")";
 }
 
@@ -149,8 +152,8 @@ std::string AddressText(std::uint64_t address, targets::LabelSource& labels) {
   if (address == 0) return text;
   const std::optional<targets::NearestLabel> label = labels.LabelAt(address);
   if (!label) return text;
-  text += " <" + Printable(label->name);
-  if (label->offset != 0) text += "+" + std::to_string(label->offset);
+  text.append(" <").append(Printable(label->name));
+  if (label->offset != 0) text.append("+").append(std::to_string(label->offset));
   return text + ">";
 }
 

@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -107,7 +108,14 @@ std::vector<NamedNote> Session::NotesOn(const std::string& expression, const Out
   std::vector<NamedNote> notes;
   if (!exact_) notes = notes_.Find(expression, outcome, evaluator_.Log());
   if (const auto* answer = std::get_if<Answer>(&outcome)) {
-    for (const std::string& note : answer->notes) notes.push_back({"value", note});
+    for (const NamedNote& note : answer->notes) {
+      // What the finder knows about bit-fields is more.
+      const bool found = std::any_of(notes.begin(), notes.end(), [&](const NamedNote& other) {
+        return other.name == note.name;
+      });
+      const bool settled = note.name == kBitFieldNote && !exact_ && notes_.WasCertain();
+      if (!found && !settled) notes.push_back(note);
+    }
   }
   return notes;
 }

@@ -5,6 +5,9 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <vector>
+
+#include "targets/RegionRequest.h"
 
 namespace tool {
 
@@ -22,9 +25,15 @@ struct TargetOptions {
   std::optional<std::string> core;      ///< the core dump to take memory from
   std::optional<std::int64_t> process;  ///< number of a running process
   bool stop = false;                    ///< hold the process
+  std::optional<std::string> remote;    ///< where a stub listens, as `ReadRemoteAddress` reads it
+  double timeout = 5.0;                 ///< seconds for each answer of the stub, above 0
+  bool leaveStopped = false;            ///< do not tell the stub to let its target go on
+  std::optional<std::string> description;      ///< takes the place of the program
+  std::vector<targets::RegionRequest> memory;  ///< laid over the target's own
+  std::optional<std::uint32_t> wordSize;       ///< of the second memory space, 1 to 8 bytes
 
   /// Is there no PROGRAM among the words? Then all of them are expressions.
-  [[nodiscard]] bool NamesNoProgram() const { return process.has_value(); }
+  [[nodiscard]] bool NamesNoProgram() const { return process || description; }
   /// May PROGRAM be left out?
   [[nodiscard]] bool MayNameProgram() const { return core.has_value(); }
 };

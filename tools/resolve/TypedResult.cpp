@@ -34,7 +34,9 @@ bool IsObject(const ResolverView& resolver) {
 bool KnowsPlace(bool solved, const ResolverView& resolver, const WatchingHost& host) {
   if (!solved && resolver.errorMessage != kFinalReadFailed) return false;
   if (!resolver.HasResult()) return false;
-  return !host.FirstFailure() || (host.FailedLast() && IsObject(resolver));
+  const auto& failure = host.FirstFailure();
+  return !failure || (failure->Code() != targets::ErrorCode::kTargetLost && host.FailedLast() &&
+                      IsObject(resolver));
 }
 
 /// A name that stands alone for what has no type of its own says more than its number does.

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "tools/resolve/BitFields.h"
+#include "tools/resolve/Concatenated.h"
 
 namespace tool {
 namespace {
@@ -150,7 +151,8 @@ Decimal ShortestDigits(const Binary& number) {
 std::string Fixed(const Decimal& number) {
   const int count = static_cast<int>(number.digits.size());
   if (number.exponent <= 0) {
-    return "0." + std::string(static_cast<std::size_t>(-number.exponent), '0') + number.digits;
+    return Concatenated(
+        {"0.", std::string(static_cast<std::size_t>(-number.exponent), '0'), number.digits});
   }
   if (number.exponent >= count) {
     return number.digits + std::string(static_cast<std::size_t>(number.exponent - count), '0');
@@ -202,7 +204,7 @@ std::string InterchangeText(WideUnsigned bits, const Layout& layout) {
     number.nearerBelow = fraction == 0 && exponent > 1;
     text = Text(number);
   }
-  return negative ? "-" + text : text;
+  return negative ? Concatenated({"-", text}) : text;
 }
 
 std::string ExtendedText(std::span<const std::byte> bytes, targets::ByteOrder order) {
@@ -223,7 +225,7 @@ std::string ExtendedText(std::span<const std::byte> bytes, targets::ByteOrder or
     text = Text({mantissa, static_cast<int>(std::max(exponent, 1U)) - kBias,
                  mantissa == kOne && exponent > 1});
   }
-  return (top & 0x8000U) != 0 ? "-" + text : text;
+  return (top & 0x8000U) != 0 ? Concatenated({"-", text}) : text;
 }
 
 }  // namespace

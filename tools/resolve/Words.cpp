@@ -51,6 +51,9 @@ FirstWord TakeSeparator(FirstWord first, std::vector<std::string>* words) {
 void TakeWords(std::vector<std::string> words, Options* options) {
   const bool lists = options->task != Options::Task::kEvaluate;
   const FirstWord unsaid = ByTarget(*options);
+  if (options->process && words.size() > 1 && words[1] == "--") {
+    throw UsageError("--pid takes no program, except by --program");
+  }
   FirstWord first = TakeSeparator(unsaid, &words);
   const auto mayBeProgram = [&] {
     return unsaid == FirstWord::kIsProgram ||
