@@ -163,6 +163,7 @@ void UseParts(const std::string& path) {
   const std::vector<std::uint64_t> places = Places(core, notes.mappings);
   for (const std::uint64_t place : places) CheckReads(memory, place);
   for (const targets::Segment& segment : core.Segments()) {
+    if (segment.memorySize == 0) continue;
     const Part part = Read(memory, segment.address, 1);
     Require(part.read.size == 1 || part.read.gap == targets::MemoryGap::kNotSaved,
             "what a segment covers was there");

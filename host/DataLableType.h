@@ -48,7 +48,8 @@ class DataLableType {
   std::uint32_t PointerSize = 8;
   /// The host's own number for the type; 0: none. Travels with the record, is never acted on, and
   /// does not take part in comparisons: two numbers may stand for one type. A record that the
-  /// resolver makes itself (a pointer, a number) has none.
+  /// resolver makes itself (a pointer, a number) has none, but for the address that a subscript of
+  /// an array gives: it points to the array's record, and carries the element's number.
   std::uint32_t TypeNumber = 0;
 
   DataLableType() = default;
@@ -136,6 +137,7 @@ class DataLableType {
     IsPointer = true;
     Size = PointerSize = pointee.PointerSize;
     Offset = 0;
+    TypeNumber = 0;
     NestedTypes.clear();
     Members = SharedList<DataLableType>(std::move(pointee));
   }

@@ -7,6 +7,16 @@
 #include "host/DataLableType.h"
 #include "model/RelationCode.h"
 
+/// What an `AreaText` that has not been written yet is to read.
+enum class OwedText : std::uint8_t {
+  kNone,
+  /// `OwedNumber` in decimal.
+  kInteger,
+  /// `OwedFloating` with six significant digits, and the same with its point and sign protected.
+  kFloating,
+  kProtectedFloating,
+};
+
 /// One operand of an element with the operator text around it, its value in three representations
 /// and its two types. The rows edit blocks in place and fold neighbours until one is left.
 ///
@@ -45,6 +55,18 @@ struct AreaBlock {
   float FloatValue = 0.0F;
   double DoubleValue = 0.0;
 
+  // Most texts and pointer types of operands are replaced before anybody looks at them. Between the
+  // steps of a resolution they are owed; blocks that the resolver hands out owe nothing, and
+  // whoever makes blocks leaves these fields alone.
+
+  OwedText Owed = OwedText::kNone;
+  /// `Type` stands for a pointer to itself that is marked as an address.
+  bool OwesPointer = false;
+  /// Of that pointer: its `TypeNumber`.
+  std::uint32_t OwedTypeNumber = 0;
+  std::uint64_t OwedNumber = 0;
+  double OwedFloating = 0.0;
+
   AreaBlock() = default;
   AreaBlock(const AreaBlock&) = default;
   AreaBlock(AreaBlock&&) = default;
@@ -74,6 +96,11 @@ struct AreaBlock {
     ValueKind = other.ValueKind;
     FloatValue = other.FloatValue;
     DoubleValue = other.DoubleValue;
+    Owed = other.Owed;
+    OwesPointer = other.OwesPointer;
+    OwedTypeNumber = other.OwedTypeNumber;
+    OwedNumber = other.OwedNumber;
+    OwedFloating = other.OwedFloating;
     return *this;
   }
 };

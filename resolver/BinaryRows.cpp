@@ -5,6 +5,7 @@
 #include <string>
 
 #include "resolver/BinaryRow.h"
+#include "resolver/Owed.h"
 #include "resolver/SizeMask.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
@@ -33,9 +34,25 @@ std::uint64_t ExtendSign(std::uint64_t value) {
   return static_cast<std::uint64_t>(static_cast<std::int64_t>(value << distance) >> distance);
 }
 
-Operand View(const AreaBlock& block) {
+/// Does the operator look at the integer view of a floating operand? What the others make of it is
+/// no part of their floating result; only an offset that is added to a pointer may turn out to be
+/// no floating value after all.
+bool LooksAtIntegers(int relation, const AreaBlock& left, const AreaBlock& right) {
+  switch (relation) {
+    case kMultiply:
+      return false;
+    case kAdd:
+    case kSubtract:
+      return left.Type.IsPointer != right.Type.IsPointer;
+    default:
+      return true;
+  }
+}
+
+Operand View(const AreaBlock& block, bool looksAtIntegers) {
   Operand operand;
-  operand.integer = resolver::ReadUnsigned(block.AreaText);
+  // That of a floating operand has to be made from its text.
+  if (block.ValueKind == 0 || looksAtIntegers) operand.integer = resolver::IntegerOf(block);
   if (block.ValueKind != 0) {
     operand.single = block.FloatValue;
     operand.full = block.DoubleValue;
@@ -215,7 +232,7 @@ void StoreOutcome(const Outcome& outcome, std::uint32_t kind, AreaBlock* left) {
   const std::uint64_t integer = outcome.integer & resolver::SizeMask(left->Type.Size);
   left->ValueKind = kind;
   if (kind == 0) {
-    resolver::WriteUnsigned(integer, &left->AreaText);
+    resolver::OweNumber(integer, left);
     return;
   }
   if (kind == 1) {
@@ -228,15 +245,13 @@ void StoreOutcome(const Outcome& outcome, std::uint32_t kind, AreaBlock* left) {
     left->FloatValue = static_cast<float>(left->DoubleValue);
   }
   left->Value = resolver::TruncateToUnsigned(left->DoubleValue);
-  resolver::WriteValue(left);
+  resolver::OweValue(left, OwedText::kProtectedFloating);
 }
 
 }  // namespace
 
-int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation, int row) {
+int TStringResolver::FoldBinary(AreaBlock* left, AreaBlock* right, int relation, int row) {
   FetchOperands(left, right);
-  RestoreFloatingPointStr(&left->AreaText);
-  RestoreFloatingPointStr(&right->AreaText);
   const int ownRow = resolver::RowOf(static_cast<std::uint32_t>(relation));
   if (ownRow == 0) {
     Fail("Undefined relations between arguments");
@@ -244,8 +259,9 @@ int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation
   }
   if (ownRow != row) return kPairNotMine;
 
-  Operand l = View(*left);
-  Operand r = View(*right);
+  const bool looksAtIntegers = LooksAtIntegers(relation, *left, *right);
+  Operand l = View(*left, looksAtIntegers);
+  Operand r = View(*right, looksAtIntegers);
   const char* integersOnly = IntegersOnlyMessage(relation);
   if (integersOnly != nullptr && (left->ValueKind != 0 || right->ValueKind != 0)) {
     Fail(integersOnly);
@@ -270,7 +286,6 @@ int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation
   }
   TakeResultType(left, right);
   StoreOutcome(*outcome, std::max(left->ValueKind, right->ValueKind), left);
-  if (left->ValueKind != 0) CheckFloatingPointStr(&left->AreaText);
   left->MemorySpace |= right->MemorySpace;
   right->IsConsumed = true;
   return kPairFolded;
@@ -279,12 +294,19 @@ int TStringResolver::ThirdRawRaw(AreaBlock* left, AreaBlock* right, int relation
 /// Makes the reads that the operands still owe. What cannot be read counts as 0.
 void TStringResolver::FetchOperands(AreaBlock* left, AreaBlock* right) {
   for (AreaBlock* block : {left, right}) {
-    if (!block->Type.IsAddress) continue;
+    if (!resolver::IsAddress(*block)) continue;
     ReadThroughAddress(block);
     block->ReferenceLevel += 1;
   }
   for (AreaBlock* block : {left, right}) {
     while (block->Type.IsArray && ReadThroughAddress(block)) {
+    }
+  }
+  for (AreaBlock* block : {left, right}) {
+    if (block->Owed == OwedText::kProtectedFloating) {
+      block->Owed = OwedText::kFloating;
+    } else if (block->Owed == OwedText::kNone) {
+      RestoreFloatingPointStr(&block->AreaText);
     }
   }
 }
@@ -298,7 +320,9 @@ bool TStringResolver::ScalePointerOffset(AreaBlock* left, AreaBlock* right,
   AreaBlock* const offset = pointerFirst ? right : left;
   // Offset and pointer are settled in opposite senses: `p + 1` goes on when the offset settles, `1
   // + p` ends there, without a message.
-  if (SecondRaw(offset) != pointerFirst) return false;
+  if (ApplyPrefixes(offset) != pointerFirst) return false;
+  // Subscripts of its own make the offset a pointer.
+  resolver::WriteOwedPointer(offset);
   if (offset->Type.IsPointer) return true;
   const DataLableType* element = &FirstMember(pointer->Type);
   if (element->IsArray) element = &FirstMember(*element);

@@ -18,26 +18,28 @@ inline constexpr std::size_t kParentheses = 2;
 
 /// What a text may hold that calls for a step of its own. One look at every character says which
 /// steps have nothing to do; most texts need few.
-enum CharacterClass : std::uint8_t {
+enum CharacterClass : std::uint16_t {
   kAssemblyDelimiter = 1,
   kCDelimiter = 2,
   kBlank = 4,
   kParenthesis = 8,
   kBracket = 16,
-  /// Of every floating literal with a point or a signed exponent, and of its protected form.
-  kPointOrExponent = 32,
+  /// Of every floating literal with a point, and of the protected form of any.
+  kPoint = 32,
   /// Of `sizeof`; no basic type has it.
   kLetterOfSizeof = 64,
   /// Of what is written in place of sub-results, and the mark of the second memory space.
   kSubResultOrSpace = 128,
+  kSign = 256,
+  kExponent = 512,
 };
 
-inline constexpr std::array<std::uint8_t, 256> kClassesOfCharacter = [] {
-  std::array<std::uint8_t, 256> classes{};
+inline constexpr std::array<std::uint16_t, 256> kClassesOfCharacter = [] {
+  std::array<std::uint16_t, 256> classes{};
   const auto add = [&classes](std::string_view characters, unsigned added) {
     for (const char c : characters) {
-      std::uint8_t& entry = classes[static_cast<unsigned char>(c)];
-      entry = static_cast<std::uint8_t>(entry | added);
+      std::uint16_t& entry = classes[static_cast<unsigned char>(c)];
+      entry = static_cast<std::uint16_t>(entry | added);
     }
   };
   add(kAssemblyDelimiters.substr(kParentheses), kAssemblyDelimiter);
@@ -45,8 +47,10 @@ inline constexpr std::array<std::uint8_t, 256> kClassesOfCharacter = [] {
   add(" ", kBlank);
   add("()", kParenthesis);
   add("[]", kBracket);
-  add(".e", kPointOrExponent);
-  add({&kProtectedPoint, 1}, kPointOrExponent);
+  add(".", kPoint);
+  add({&kProtectedPoint, 1}, kPoint);
+  add("+-", kSign);
+  add(kExponentPlus.substr(0, 1), kExponent);
   add("z", kLetterOfSizeof);
   add({&kSubResultOpen, 1}, kSubResultOrSpace);
   add({&kMemorySpaceMark, 1}, kSubResultOrSpace);
@@ -55,6 +59,24 @@ inline constexpr std::array<std::uint8_t, 256> kClassesOfCharacter = [] {
 
 constexpr bool IsOf(char c, unsigned classes) {
   return (kClassesOfCharacter[static_cast<unsigned char>(c)] & classes) != 0;
+}
+
+/// What makes an operand, or a text of one, more than a name or a number.
+inline constexpr unsigned kNotPlain = kAssemblyDelimiter | kCDelimiter | kBlank | kParenthesis |
+                                      kBracket | kPoint | kSubResultOrSpace;
+
+/// Is the text one operand without operators, a name or a number?
+constexpr bool IsPlainOperand(std::string_view text) {
+  for (const char c : text) {
+    if (IsOf(c, kNotPlain)) return false;
+  }
+  return !text.empty();
+}
+
+/// May a text of these classes hold a floating literal that the lexer would split?
+constexpr bool MayHoldFloatingLiteral(unsigned classes) {
+  constexpr unsigned kSignedExponent = kSign | kExponent;
+  return (classes & kPoint) != 0 || (classes & kSignedExponent) == kSignedExponent;
 }
 
 /// The classes of all of the text's characters together.

@@ -1,3 +1,4 @@
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -7,6 +8,8 @@
 #include "resolver/BinaryRow.h"
 #include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
+#include "resolver/Operators.h"
+#include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
 
 namespace {
@@ -65,63 +68,9 @@ bool TakeLexicalBlock(std::string_view text, unsigned delimiters, unsigned long*
   return true;
 }
 
-/// The operator that `text` begins with; two characters win over the first of them.
-RelationCode OperatorOf(std::string_view text) {
-  const char first = text.empty() ? '\0' : text[0];
-  const char second = text.size() > 1 ? text[1] : '\0';
-  switch (first) {
-    case '.':
-      return kMember;
-    case '+':
-      return kAdd;
-    case '-':
-      return second == '>' ? kPointerMember : kSubtract;
-    case '*':
-      return kMultiply;
-    case '/':
-      return kDivide;
-    case '%':
-      return kRemainder;
-    case '<':
-      return second == '<' ? kShiftLeft : second == '=' ? kLessOrEqual : kLess;
-    case '>':
-      return second == '>' ? kShiftRight : second == '=' ? kGreaterOrEqual : kGreater;
-    case '=':
-      return second == '=' ? kEqual : kNoOperator;
-    case '!':
-      return second == '=' ? kNotEqual : kNoOperator;
-    case '&':
-      return second == '&' ? kLogicalAnd : kBitAnd;
-    case '|':
-      return second == '|' ? kLogicalOr : kBitOr;
-    case '^':
-      return kBitXor;
-    default:
-      return kNoOperator;
-  }
-}
-
-/// How many characters an operator between two operands has.
-std::size_t LengthOfOperator(int relation) {
-  switch (relation) {
-    case kPointerMember:
-    case kShiftLeft:
-    case kShiftRight:
-    case kLessOrEqual:
-    case kGreaterOrEqual:
-    case kEqual:
-    case kNotEqual:
-    case kLogicalAnd:
-    case kLogicalOr:
-      return 2;
-    default:
-      return 1;
-  }
-}
-
 /// Reads that a binary row makes for a block before it looks at the operator.
 bool OwesRead(const AreaBlock& block) {
-  return block.Type.IsAddress || block.Type.IsArray;
+  return resolver::IsAddress(block) || block.Type.IsArray;
 }
 
 }  // namespace
@@ -137,25 +86,33 @@ bool TStringResolver::GetFirstLexicalBlockStartingFromPos(std::string_view text,
   return true;
 }
 
-bool TStringResolver::SolveBasicElement(std::string_view element) {
+/// As `SolveBasicElement`; the blocks that it leaves may owe texts and types.
+bool TStringResolver::SolveElement(std::string_view element) {
   elementFlag = false;
   spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
-  const unsigned classes = resolver::ClassesOf(element);
-  if (classes == 0 && !element.empty()) {
-    // One operand without operators, a name or a number.
+  if (resolver::IsPlainOperand(element)) {
     AreaBlock& block = PrepareSpareBlock();
     block.BeforeText.clear();
     block.AreaText = element;
     block.AfterText.clear();
     areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
-    return ZeroRaw(&block);
+    return EvaluateOperand(&block);
   }
+  std::uint32_t rows = 0;
+  if (CutPlainElement(element, &rows)) return RunRows(&areaBlocks, rows);
+  spareBlocks_.splice(spareBlocks_.begin(), areaBlocks);
+  return CutElement(element) && EvaluateBlocks(&areaBlocks);
+}
+
+/// Cuts any element into `areaBlocks`, or says what is wrong with it.
+bool TStringResolver::CutElement(std::string_view element) {
   const bool mayHoldFences = element.find(resolver::kSubResultFence[0]) != std::string_view::npos;
-  const bool mayHoldSubResults = (classes & resolver::kSubResultOrSpace) != 0;
+  const bool mayHoldSubResults = element.find(resolver::kSubResultOpen) != std::string_view::npos;
   unsigned long position = 0;
   LexicalBlock lexical;
   while (TakeLexicalBlock(element, delimiterClass_, &position, &lexical)) {
     AreaBlock& block = PrepareSpareBlock();
+    block.Type.Assign(defaultType);
     block.BeforeText = lexical.before;
     block.AreaText = lexical.area;
     block.AfterText = lexical.after;
@@ -167,11 +124,12 @@ bool TStringResolver::SolveBasicElement(std::string_view element) {
     if (!AddSpareBlock()) return false;
   }
   if (areaBlocks.empty()) return Fail("Missing an address in the string");
-  return ProcessBasicBlocksRelations(&areaBlocks);
+  return true;
 }
 
-/// Resets the first spare block; one is made when there is none. Blocks are kept for the elements
-/// to come, so a resolution allocates no more of them than its longest element has.
+/// The first spare block, reset but for its texts and type; one is made when there is none. Blocks
+/// are kept for the elements to come, so a resolution allocates no more of them than its longest
+/// element has.
 AreaBlock& TStringResolver::PrepareSpareBlock() {
   if (spareBlocks_.empty()) {
     AreaBlock& made = spareBlocks_.emplace_back();
@@ -179,20 +137,26 @@ AreaBlock& TStringResolver::PrepareSpareBlock() {
     return made;
   }
   AreaBlock& block = spareBlocks_.front();
-  block.ReferenceLevel = -1;
-  block.MemorySpace = 0;
-  block.IsMemberName = false;
-  block.Value = 0;
-  block.Relation = kFirstBlock;
-  block.MemberBlock = nullptr;
-  block.IsConsumed = false;
-  block.Type.Assign(defaultType);
-  block.CastType.Assign(defaultType);
-  block.HasCastType = false;
-  block.ValueKind = 0;
-  block.FloatValue = 0.0F;
-  block.DoubleValue = 0.0;
+  ResetBlock(&block);
   return block;
+}
+
+/// Makes the block one that no row has seen, but for its texts and type.
+void TStringResolver::ResetBlock(AreaBlock* block) {
+  block->ReferenceLevel = -1;
+  block->MemorySpace = 0;
+  block->IsMemberName = false;
+  block->Value = 0;
+  block->Relation = kFirstBlock;
+  block->MemberBlock = nullptr;
+  block->IsConsumed = false;
+  block->CastType.Assign(defaultType);
+  block->HasCastType = false;
+  block->ValueKind = 0;
+  block->FloatValue = 0.0F;
+  block->DoubleValue = 0.0;
+  block->Owed = OwedText::kNone;
+  block->OwesPointer = false;
 }
 
 /// Removes the references of sub-results from the block's text and gives it their type. A
@@ -243,19 +207,25 @@ void TStringResolver::SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlo
   spareBlocks_.splice(spareBlocks_.begin(), *blocks, it);
 }
 
-bool TStringResolver::ProcessBasicBlocksRelations(std::list<AreaBlock>* blocks) {
+/// Links the blocks and runs the rows over them.
+bool TStringResolver::EvaluateBlocks(std::list<AreaBlock>* blocks) {
   blocks->front().Relation = kFirstBlock;
   std::uint32_t rows = 0;
   if (blocks->size() > 1 && !LinkBlocks(blocks, &rows)) return false;
+  return RunRows(blocks, rows);
+}
+
+/// Runs the rows over linked blocks. `rows` has the bits of those that have an operator here.
+bool TStringResolver::RunRows(std::list<AreaBlock>* blocks, std::uint32_t rows) {
   for (AreaBlock& block : *blocks) {
-    if (!ZeroRaw(&block)) return false;
+    if (!EvaluateOperand(&block)) return false;
   }
   if ((rows & kMemberRowBit) != 0 && !FoldMembers(blocks)) return false;
   for (AreaBlock& block : *blocks) {
     // Without operators the row would only write an operand's value once more.
     const bool plain = block.BeforeText.empty() && block.AfterText.empty() &&
                        block.ValueKind == 0 && !block.IsMemberName;
-    if (!plain && !SecondRaw(&block)) return false;
+    if (!plain && !ApplyPrefixes(&block)) return false;
   }
   return FoldOperators(blocks, rows);
 }
@@ -280,7 +250,7 @@ bool TStringResolver::FoldMembers(std::list<AreaBlock>* blocks) {
   auto right = std::next(left);
   while (right != blocks->end()) {
     const int relation = static_cast<int>(right->Relation);
-    const int result = FirstRaw(&*left, &*right, relation, kMemberAccessRow);
+    const int result = FoldMember(&*left, &*right, relation, kMemberAccessRow);
     if (result == kPairFailed) return false;
     if (result == kPairFolded) {
       SpareBlock(blocks, right);
@@ -302,16 +272,23 @@ bool TStringResolver::FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t 
   if (blocks->size() == 1) return true;
   bool anyOwesRead = true;
   for (int row = 1; row <= resolver::kBinaryRows; ++row) {
-    if (!anyOwesRead && (rows >> row & 1U) == 0) continue;
+    if (!anyOwesRead) {
+      const std::uint32_t further = rows >> row;
+      if (further == 0) break;
+      row += std::countr_zero(further);
+    }
     bool passedOwesRead = false;
     auto left = blocks->begin();
     auto right = std::next(left);
     while (right != blocks->end()) {
       const int relation = static_cast<int>(right->Relation);
-      const bool own = resolver::RowOf(right->Relation) == row;
-      const int result = own || OwesRead(*left) || OwesRead(*right)
-                             ? ThirdRawRaw(&*left, &*right, relation, row)
-                             : kPairNotMine;
+      const int ownRow = resolver::RowOf(right->Relation);
+      int result = kPairNotMine;
+      if (ownRow == row || ownRow == 0) {
+        result = FoldBinary(&*left, &*right, relation, row);
+      } else if (OwesRead(*left) || OwesRead(*right)) {
+        FetchOperands(&*left, &*right);
+      }
       if (result == kPairFailed) return false;
       if (result == kPairFolded) {
         SpareBlock(blocks, right);
@@ -332,7 +309,7 @@ bool TStringResolver::FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t 
 
 int TStringResolver::GetAfterRelations(std::list<AreaBlock>::iterator* it) {
   std::string& after = (*it)->AfterText;
-  const RelationCode relation = OperatorOf(after);
+  const RelationCode relation = resolver::OperatorOf(after);
   if (relation != kNoOperator) after.clear();
   return static_cast<int>(relation);
 }
@@ -345,7 +322,7 @@ bool TStringResolver::CheckBeforeRelations(std::list<AreaBlock>::iterator* it, i
     return Fail("Internal error. Wrong relations between arguments");
   }
   block.IsMemberName = relation == kMember || relation == kPointerMember;
-  block.BeforeText.erase(0, LengthOfOperator(relation));
+  block.BeforeText.erase(0, resolver::LengthOfOperator(relation));
   return true;
 }
 

@@ -1,6 +1,7 @@
 #ifndef STRINGRESOLVER_RESOLVER_MARKERS_H
 #define STRINGRESOLVER_RESOLVER_MARKERS_H
 
+#include <string>
 #include <string_view>
 
 namespace resolver {
@@ -36,6 +37,13 @@ inline constexpr std::string_view kExponentPlus = "e+";
 inline constexpr std::string_view kProtectedExponentPlus = "e,";
 inline constexpr std::string_view kExponentMinus = "e-";
 inline constexpr std::string_view kProtectedExponentMinus = "@,";
+
+/// Hides the stars in the text of a type.
+inline void MarkStars(std::string* typeText) {
+  for (char& c : *typeText) {
+    if (c == '*') c = kTypeStarMark;
+  }
+}
 
 }  // namespace resolver
 

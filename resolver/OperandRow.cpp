@@ -4,6 +4,7 @@
 
 #include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
+#include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
 
@@ -21,7 +22,7 @@ bool IsFloatingLiteral(const std::string& text) {
 
 }  // namespace
 
-bool TStringResolver::ZeroRaw(AreaBlock* block) {
+bool TStringResolver::EvaluateOperand(AreaBlock* block) {
   block->MemberBlock = nullptr;
   block->ReferenceLevel = -1;
   block->MemorySpace = 0;
@@ -36,10 +37,13 @@ bool TStringResolver::ZeroRaw(AreaBlock* block) {
   parentInterface->LabelTyped = false;
   parentInterface->LabelType.Assign(defaultType);
   parentInterface->LabelType.Size = 8;
-  if ((classes & resolver::kPointOrExponent) != 0 && IsFloatingLiteral(block->AreaText)) {
+  if ((classes & resolver::kPoint) != 0 && IsFloatingLiteral(block->AreaText)) {
     ReadFloatingLiteral(block);
-  } else if (!LookUpLabel(block)) {
-    return false;
+  } else {
+    if ((classes & resolver::kPoint) != 0) {
+      std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kProtectedPoint, '.');
+    }
+    if (!LookUpLabel(block)) return false;
   }
   TypeOperand(block);
 
@@ -49,8 +53,9 @@ bool TStringResolver::ZeroRaw(AreaBlock* block) {
     RegisterType(&typeText);
     block->Type.Assign(savedTypes.back());
     block->HasCastType = true;
+    block->OwesPointer = false;
   }
-  return SolveSquareBracets(block);
+  return IndexBlock(block);
 }
 
 /// Makes a dereference of every mark of the second memory space.
@@ -64,7 +69,6 @@ void TStringResolver::MoveToSecondSpace(AreaBlock* block) {
 }
 
 bool TStringResolver::LookUpLabel(AreaBlock* block) {
-  std::replace(block->AreaText.begin(), block->AreaText.end(), resolver::kProtectedPoint, '.');
   bool undefined = false;
   bool confirmed = false;
   block->Value = parentInterface->FindLabel(block->AreaText.c_str(), &undefined, &confirmed);
@@ -87,11 +91,13 @@ void TStringResolver::TypeOperand(AreaBlock* block) {
   const bool labelTyped = parentInterface->LabelTyped;
   if (!block->HasCastType) {
     if (labelTyped) {
-      block->Type.PointTo(parentInterface->LabelType);
+      block->Type.Assign(parentInterface->LabelType);
+      resolver::OwePointer(block);
     } else {
       block->Type.Assign(defaultType);
     }
     block->HasCastType = true;
+  } else if (labelTyped) {
+    block->Type.IsAddress = true;
   }
-  if (labelTyped) block->Type.IsAddress = true;
 }

@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 #include "resolver/CharacterClass.h"
-#include "resolver/GapText.h"
-#include "resolver/Markers.h"
+#include "resolver/Owed.h"
 #include "resolver/SizeMask.h"
 #include "resolver/ValueText.h"
 
@@ -26,108 +26,6 @@ bool NamesAssembly(std::string_view fileName) {
   return false;
 }
 
-void MarkStars(std::string* typeText) {
-  for (char& c : *typeText) {
-    if (c == '*') c = resolver::kTypeStarMark;
-  }
-}
-
-/// How deep in parentheses the end of a text is that loses characters from its end.
-class Nesting {
- public:
-  explicit Nesting(std::string_view text) {
-    for (const char c : text) {
-      depth_ += DepthOf(c);
-      // What follows a stray closing one cannot be told by counting.
-      regular_ = regular_ && depth_ >= 0;
-    }
-  }
-  void Leave(std::string_view end) {
-    for (const char c : end) depth_ -= DepthOf(c);
-  }
-  [[nodiscard]] bool Outermost() const { return regular_ && depth_ == 0; }
-
- private:
-  static int DepthOf(char c) { return c == '(' ? 1 : c == ')' ? -1 : 0; }
-
-  long depth_ = 0;
-  bool regular_ = true;
-};
-
-/// Do these texts put what is between them in the first brackets of an operand? Not of one with
-/// marks in it, which are read before brackets are joined, nor of one behind a parenthesis: an
-/// empty group vanishes and joins what is around it.
-bool IsFirstSubscript(std::string_view before, std::string_view behind, unsigned delimiters) {
-  constexpr unsigned kUnfit =
-      resolver::kBracket | resolver::kSubResultOrSpace | resolver::kParenthesis;
-  if (!before.ends_with('[') || !behind.starts_with(']')) return false;
-  const std::size_t bracket = before.size() - 1;
-  std::size_t operand = bracket;
-  while (operand > 0 && !resolver::IsOf(before[operand - 1], delimiters)) {
-    --operand;
-    if (resolver::IsOf(before[operand], kUnfit)) return false;
-  }
-  return operand < bracket;
-}
-
-/// Takes the number out of a sub-result of digits only that `text` begins with; empty for any
-/// other.
-std::string_view TakePlainSubResult(std::string_view* text) {
-  std::string_view rest = *text;
-  if (!rest.starts_with(resolver::kSubResultStart)) return {};
-  rest.remove_prefix(rest.find(resolver::kSubResultClose) + 1);
-  const std::string_view number = rest.substr(0, rest.find_first_not_of("0123456789"));
-  rest.remove_prefix(number.size());
-  if (!rest.starts_with(resolver::kSubResultFence)) return {};
-  rest.remove_prefix(resolver::kSubResultFence.size());
-  *text = rest;
-  return number;
-}
-
-/// Puts the number of a first subscript behind the gap, and takes the fences off the further
-/// subscripts of numbers that follow it: "][" and a sub-result each. The lexer would join all of
-/// them to the operand, at three times the cost.
-void JoinSubscripts(std::string_view number, resolver::GapText* text) {
-  std::string joined(number);
-  std::string_view rest = text->Behind();
-  while (rest.starts_with("][")) {
-    std::string_view behind = rest.substr(2);
-    const std::string_view next = TakePlainSubResult(&behind);
-    if (next.empty() || !behind.starts_with(']')) break;
-    joined.append("][").append(next);
-    rest = behind;
-  }
-  text->DropBehind(text->Behind().size() - rest.size());
-  text->PutBehind(joined);
-}
-
-/// Writes each bracket with a parenthesis inside it, so that every subscript is a group.
-void GroupSubscripts(std::string_view text, resolver::GapText* grouped) {
-  std::size_t copied = 0;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char c = text[at];
-    if (c != '[' && c != ']') continue;
-    grouped->PutBefore(text.substr(copied, at - copied));
-    grouped->PutBefore(c == '[' ? "[(" : ")]");
-    copied = at + 1;
-  }
-  grouped->PutBefore(text.substr(copied));
-}
-
-/// The block as far as a read of its object needs it.
-AreaBlock BlockToRead(const AreaBlock& block) {
-  AreaBlock read;
-  read.ReferenceLevel = block.ReferenceLevel;
-  read.MemorySpace = block.MemorySpace;
-  read.Value = block.Value;
-  read.Type.Assign(block.Type);
-  read.HasCastType = block.HasCastType;
-  read.ValueKind = block.ValueKind;
-  read.FloatValue = block.FloatValue;
-  read.DoubleValue = block.DoubleValue;
-  return read;
-}
-
 }  // namespace
 
 /// What holds during a resolution only.
@@ -138,8 +36,11 @@ class TStringResolver::Resolution {
   }
   Resolution(const Resolution&) = delete;
   Resolution& operator=(const Resolution&) = delete;
+  void Finish() { finished_ = true; }
   ~Resolution() {
     resolver_->finger_ = nullptr;
+    // Something was thrown; what the blocks owe will not be written.
+    if (!finished_) resolver_->areaBlocks.clear();
     // One long text must not hold its memory for the object's life.
     if (resolver_->text_.capacity() > kKeptText) std::string().swap(resolver_->text_);
     auto& spare = resolver_->spareBlocks_;
@@ -153,175 +54,129 @@ class TStringResolver::Resolution {
   // Positions are looked up near each other while a text is reduced; between two resolutions a
   // derived class may change the list.
   SavedTypeFinger finger_;
+  bool finished_ = false;
 };
 
-TStringResolver::TStringResolver(TParrentInterface* parent) : parentInterface(parent) {
-  const bool assembly = NamesAssembly(parent->GetFileName());
+const TStringResolver::DelimiterSets& TStringResolver::DelimiterSets::Of(bool assembly) {
+  constexpr auto setsOf = [](std::string_view characters) {
+    DelimiterSets sets;
+    characters.copy(sets.withParentheses.data(), characters.size());
+    characters.copy(sets.without.data(), characters.size(), resolver::kParentheses);
+    return sets;
+  };
+  static constexpr DelimiterSets kAssembly = setsOf(resolver::kAssemblyDelimiters);
+  static constexpr DelimiterSets kC = setsOf(resolver::kCDelimiters);
+  return assembly ? kAssembly : kC;
+}
+
+TStringResolver::TStringResolver(TParrentInterface* parent)
+    : TStringResolver(parent, parent->GetFileName()) {}
+
+TStringResolver::TStringResolver(TParrentInterface* parent, std::string_view fileName)
+    : parentInterface(parent) {
+  const bool assembly = NamesAssembly(fileName);
   delimiterClass_ = assembly ? resolver::kAssemblyDelimiter : resolver::kCDelimiter;
-  const std::string_view set = assembly ? resolver::kAssemblyDelimiters : resolver::kCDelimiters;
-  set.copy(delimiterSets_.withParentheses.data(), set.size());
-  set.copy(delimiterSets_.without.data(), set.size(), resolver::kParentheses);
+  delimiterSets_ = DelimiterSets::Of(assembly);
   delimitersWithParentheses = delimiterSets_.withParentheses.data();
   delimiters = delimiterSets_.without.data();
 }
 
 bool TStringResolver::SolveStringOfElements(std::string_view expression) {
-  const Resolution scope(this);
+  Resolution scope(this);
+  const bool solved = Resolve(expression);
+  for (AreaBlock& block : areaBlocks) resolver::WriteOwed(&block);
+  scope.Finish();
+  return solved;
+}
+
+bool TStringResolver::Resolve(std::string_view expression) {
   text_ = expression;
   const unsigned classes = resolver::ClassesOf(text_);
   // A keyword is marked at the blank before it.
   if ((classes & resolver::kBlank) != 0) ProcessBasickTypes(&text_);
   if ((classes & resolver::kLetterOfSizeof) != 0 && !RewriteSizeofs(&text_)) return false;
   if ((classes & resolver::kBlank) != 0) std::erase(text_, ' ');
-  if ((classes & resolver::kPointOrExponent) != 0) CheckFloatingPointStr(&text_);
-  std::string_view element = text_;
-  resolver::GapText grouped;
-  if ((classes & (resolver::kParenthesis | resolver::kBracket)) != 0) {
-    GroupSubscripts(text_, &grouped);
-    if (!SolveGroups(&grouped)) return false;
-    element = grouped.Join();
-  }
-  if (element.empty()) return false;
-  return SolveBasicElement(element) && StoreResult(areaBlocks.front());
+  if (resolver::MayHoldFloatingLiteral(classes)) CheckFloatingPointStr(&text_);
+  const bool hasGroups = (classes & (resolver::kParenthesis | resolver::kBracket)) != 0;
+  const bool solved =
+      hasGroups ? SolveGroups(text_, classes) : !text_.empty() && SolveElement(text_);
+  return solved && StoreResult(&areaBlocks.front());
 }
 
-/// Replaces `sizeof` of a type by its size, and any other by the unary mark. False, without a
-/// message, when the host does not know a type that it had accepted.
-bool TStringResolver::RewriteSizeofs(std::string* text) {
-  constexpr std::string_view kKeyword = "sizeof";
-  std::string rewritten;
-  std::size_t copied = 0;
-  std::size_t close = 0;
-  std::size_t at = 0;
-  while ((at = text->find(kKeyword, at)) != std::string::npos) {
-    const std::size_t behind = at + kKeyword.size();
-    if (behind == text->size() || ((*text)[behind] != ' ' && (*text)[behind] != '(')) {
-      ++at;
-      continue;
-    }
-    rewritten.append(*text, copied, at - copied);
-    copied = at = behind;
-    if (close < at) close = text->find(')', at);
-    if ((*text)[at] == '(' && close != std::string::npos) {
-      std::string operand = text->substr(at + 1, close - at - 1);
-      std::erase(operand, ' ');
-      if (parentInterface->IsTypeName(operand)) {
-        MarkStars(&operand);
-        bool unknown = false;
-        const DataLableType type = DescribeType(&operand, &unknown);
-        if (unknown) return false;
-        rewritten += resolver::WriteUnsigned(type.Size);
-        copied = at = close + 1;
-        continue;
-      }
-    }
-    rewritten += resolver::kSizeofMark;
-  }
-  if (copied == 0) return true;
-  rewritten.append(*text, copied);
-  text->swap(rewritten);
-  return true;
-}
-
-/// Evaluates the innermost group, the last one, until no group is left.
-bool TStringResolver::SolveGroups(resolver::GapText* text) {
-  std::size_t open = 0;
-  Nesting nesting(text->Before());
-  while ((open = text->Before().rfind('(')) != std::string_view::npos) {
-    nesting.Leave(text->Before().substr(open));
-    text->MoveGap(open);
-    const std::size_t close = text->Behind().find(')');
-    if (close == std::string_view::npos) return Fail("Can`t find the end quote.");
-    if (close == 1) {
-      text->DropBehind(2);
-    } else if (!SolveGroup(text, close, nesting.Outermost())) {
-      return false;
-    }
-  }
-  return true;
-}
-
-/// Turns the group behind the gap, whose closing parenthesis is at `close`, into an encoded cast or
-/// an encoded sub-result.
-bool TStringResolver::SolveGroup(resolver::GapText* text, std::size_t close, bool outermost) {
-  const std::string_view group = text->Behind().substr(1, close - 1);
-  if (parentInterface->IsTypeName(std::string(group))) {
-    std::string cast(group);
-    MarkStars(&cast);
-    if (RegisterType(&cast)) return false;
-    text->DropBehind(close + 1);
-    text->PutBehind(cast);
-    return true;
-  }
-  if (!SolveBasicElement(group)) return false;
-  AreaBlock& result = areaBlocks.front();
-  if (result.ValueKind != 0) CheckFloatingPointStr(&result.AreaText);
-  savedTypes.push_back(result.Type);
-  const bool joins =
-      outermost && result.ValueKind == 0 && result.MemorySpace == 0 &&
-      IsFirstSubscript(text->Before(), text->Behind().substr(close + 1), delimiterClass_);
-  text->DropBehind(close + 1);
-  if (joins) {
-    // Not inside of a group, whose text the host gets to see.
-    JoinSubscripts(result.AreaText, text);
-    return true;
-  }
-  text->PutBehind(resolver::kSubResultFence);
-  text->PutBehind(result.AreaText);
-  if (result.MemorySpace != 0) text->PutBehind({&resolver::kMemorySpaceMark, 1});
-  text->PutBehind({&resolver::kSubResultClose, 1});
-  text->PutBehind(resolver::WriteUnsigned(savedTypes.size() - 1));
-  text->PutBehind(resolver::kSubResultStart);
-  return true;
-}
-
-/// Reads what the last element's block still owes and fills the result fields from it. The block
-/// itself stays as it is: its type says what the text denotes.
-bool TStringResolver::StoreResult(const AreaBlock& element) {
+/// Fills the result fields from the last element's block, after the reads that it still owes. The
+/// block itself stays as it is: its type says what the text denotes.
+bool TStringResolver::StoreResult(AreaBlock* element) {
+  if (element->ValueKind != 0) resolver::WriteOwedText(element);
+  const std::uint64_t integer = resolver::IntegerOf(*element);
   // Hosts treat this field as a 32-bit address.
-  resultAddress = static_cast<std::uint32_t>(resolver::ReadUnsigned(element.AreaText));
-  resultMemorySpace = element.MemorySpace != 0;
-  if (!element.Type.IsAddress && !element.Type.IsArray) {
-    return StoreValue(element, resolver::ReadUnsigned(element.AreaText));
+  resultAddress = static_cast<std::uint32_t>(integer);
+  resultMemorySpace = element->MemorySpace != 0;
+  if (resolver::IsAddress(*element) || element->Type.IsArray) return StoreObject(*element);
+  const DataLableType& type = element->Type;
+  if (!StoreSize(*element, type)) return false;
+  if (element->ValueKind == 0) {
+    StoreInteger(integer, type.IsSigned);
+  } else if (type.IsDouble) {
+    StoreFloating(static_cast<float>(std::bit_cast<double>(integer)));
+  } else if (type.IsFloat) {
+    StoreFloating(std::bit_cast<float>(static_cast<std::uint32_t>(integer)));
+  } else {
+    std::string text = element->AreaText;
+    RestoreFloatingPointStr(&text);
+    StoreFloating(resolver::ReadFloat(text));
   }
-  AreaBlock read = BlockToRead(element);
-  if (read.Type.IsAddress && !ReadObject(&read)) return Fail("Error occurred");
-  while (read.Type.IsArray) {
-    if (!ReadObject(&read)) return Fail("Error occurred");
-  }
-  if (read.ValueKind != 0) resolver::WriteValue(&read);
-  return StoreValue(read, read.Value);
+  return true;
 }
 
-/// Fills the result fields from a block that owes no read. `integer` is the number that its text
-/// begins with, as far as it has no floating value.
-bool TStringResolver::StoreValue(const AreaBlock& result, std::uint64_t integer) {
-  const DataLableType& type = result.Type;
+/// Reads the object at the block's address, through as many arrays as lie between, and fills the
+/// result fields from it.
+bool TStringResolver::StoreObject(const AreaBlock& location) {
+  Location at{location.Value, location.MemorySpace, location.ValueKind, location.FloatValue,
+              location.DoubleValue};
+  const DataLableType* object = &location.Type;
+  std::string text;
+  bool isRead = false;
+  if (location.OwesPointer) {
+    at.value &= resolver::SizeMask(object->PointerSize);
+    if (!ReadLocation(*object, &at, &text)) return Fail("Error occurred");
+    isRead = true;
+  }
+  while (!isRead || object->IsArray) {
+    at.value &= resolver::SizeMask(object->Size);
+    object = &ObjectType(*object);
+    if (!ReadLocation(*object, &at, &text)) return Fail("Error occurred");
+    isRead = true;
+  }
+  if (!StoreSize(location, *object)) return false;
+  if (at.kind == 0) {
+    StoreInteger(at.value, object->IsSigned);
+  } else {
+    resolver::WriteFloating(at.kind == 1 ? static_cast<double>(at.single) : at.full, &text);
+    StoreFloating(resolver::ReadFloat(text));
+  }
+  return true;
+}
+
+/// The size of a result of this type. False for none at all.
+bool TStringResolver::StoreSize(const AreaBlock& result, const DataLableType& type) {
   if (result.HasCastType && type.Size == 0) return Fail("Error occurred");
   resultSize = result.HasCastType ? type.Size : 8;
-  if (result.ValueKind == 0) {
-    const std::uint64_t mask = resolver::SizeMask(resultSize);
-    resultValue = integer & mask;
-    resultNegative = type.IsSigned && (resolver::FromSignBit(resultValue, resultSize) & 1) != 0;
-    if (resultNegative) resultValue = (0 - resultValue) & mask;
-    resultFloating = false;
-    return true;
-  }
-  if (type.IsDouble) {
-    const auto bits = resolver::ReadUnsigned(result.AreaText);
-    resultFloat = static_cast<float>(std::bit_cast<double>(bits));
-  } else if (type.IsFloat) {
-    const auto bits = static_cast<std::uint32_t>(resolver::ReadUnsigned(result.AreaText));
-    resultFloat = std::bit_cast<float>(bits);
-  } else {
-    std::string text = result.AreaText;
-    RestoreFloatingPointStr(&text);
-    resultFloat = resolver::ReadFloat(text);
-  }
-  resultValue = resolver::TruncateToUnsigned(static_cast<double>(resultFloat));
+  return true;
+}
+
+void TStringResolver::StoreInteger(std::uint64_t integer, bool isSigned) {
+  const std::uint64_t mask = resolver::SizeMask(resultSize);
+  resultValue = integer & mask;
+  resultNegative = isSigned && (resolver::FromSignBit(resultValue, resultSize) & 1) != 0;
+  if (resultNegative) resultValue = (0 - resultValue) & mask;
+  resultFloating = false;
+}
+
+void TStringResolver::StoreFloating(float value) {
+  resultFloat = value;
+  resultValue = resolver::TruncateToUnsigned(static_cast<double>(value));
   resultNegative = false;
   resultFloating = true;
-  return true;
 }
 
 bool TStringResolver::Fail(std::string_view message) {
@@ -338,8 +193,4 @@ bool TStringResolver::Fail(std::string_view message, std::string_view detail) {
 /// The pointee of a pointer, the element of an array; the default type where the host names none.
 const DataLableType& TStringResolver::FirstMember(const DataLableType& type) const {
   return type.Members.empty() ? defaultType : type.Members.front();
-}
-
-void TStringResolver::ReplaceByFirstMember(DataLableType* type) {
-  type->Assign(FirstMember(*type));
 }

@@ -159,30 +159,61 @@ class TStringResolver {
   struct DelimiterSets {
     std::array<char, 21> withParentheses{};
     std::array<char, 19> without{};
+
+    static const DelimiterSets& Of(bool assembly);
+  };
+  /// An address with the object that is read from it.
+  struct Location {
+    std::uint64_t value;
+    std::uint8_t space;
+    std::uint32_t kind;
+    float single;
+    double full;
   };
   class Subscripts;
   class Resolution;
 
+  /// As the public one, when the current file's name is known.
+  TStringResolver(TParrentInterface* parent, std::string_view fileName);
+
   // Each of these is documented where it is defined, and belongs to one source.
   bool RewriteSizeofs(std::string* text);
-  bool SolveGroups(resolver::GapText* text);
-  bool SolveGroup(resolver::GapText* text, std::size_t close, bool outermost);
-  bool StoreResult(const AreaBlock& element);
-  bool StoreValue(const AreaBlock& result, std::uint64_t integer);
+  bool SolveGroups(std::string_view expression, unsigned classes);
+  void PutSubResult(AreaBlock* result, resolver::GapText* text);
+  bool SolvePrefixed(std::string_view operators);
+  bool Resolve(std::string_view expression);
+  bool SolveElement(std::string_view element);
+  bool StoreResult(AreaBlock* element);
+  bool StoreObject(const AreaBlock& location);
+  bool StoreSize(const AreaBlock& result, const DataLableType& type);
+  void StoreInteger(std::uint64_t integer, bool isSigned);
+  void StoreFloating(float value);
   bool Fail(std::string_view message);
   bool Fail(std::string_view message, std::string_view detail);
   [[nodiscard]] const DataLableType& FirstMember(const DataLableType& type) const;
-  void ReplaceByFirstMember(DataLableType* type);
   DataLableType DescribeType(std::string* name, bool* unknown);
   const DataLableType* SavedType(std::uint64_t position);
 
   AreaBlock& PrepareSpareBlock();
+  void ResetBlock(AreaBlock* block);
   bool TakeSavedTypes(AreaBlock* block);
   bool AddSpareBlock();
   void SpareBlock(std::list<AreaBlock>* blocks, std::list<AreaBlock>::iterator it);
+  bool CutElement(std::string_view element);
+  bool CutPlainElement(std::string_view element, std::uint32_t* rows);
+  bool EvaluateBlocks(std::list<AreaBlock>* blocks);
+  bool RunRows(std::list<AreaBlock>* blocks, std::uint32_t rows);
   bool LinkBlocks(std::list<AreaBlock>* blocks, std::uint32_t* rows);
   bool FoldMembers(std::list<AreaBlock>* blocks);
   bool FoldOperators(std::list<AreaBlock>* blocks, std::uint32_t rows);
+
+  // The rows, between which blocks may owe what `Owed.h` says; the steps above write it.
+  bool EvaluateOperand(AreaBlock* block);
+  int FoldMember(AreaBlock* left, AreaBlock* right, int relation, int row);
+  bool ApplyPrefixes(AreaBlock* block);
+  int FoldBinary(AreaBlock* left, AreaBlock* right, int relation, int row);
+  bool IndexBlock(AreaBlock* block);
+  bool SelectMember(AreaBlock* block);
 
   void MoveToSecondSpace(AreaBlock* block);
   bool LookUpLabel(AreaBlock* block);
@@ -190,10 +221,11 @@ class TStringResolver {
   void TypeOperand(AreaBlock* block);
   bool SplitSubscripts(AreaBlock* block);
   bool ApplySubscripts(AreaBlock* block);
+  bool SolvePlainSubscript(std::string_view subscript, Subscripts* subscripts);
   bool SolveSubscript(std::string_view group, Subscripts* subscripts);
   bool SolveSubscripts(std::string* text, Subscripts* subscripts);
   bool SearchMembers(const DataLableType& type, const std::string& name, DataLableType* found);
-  void MergeTypes(AreaBlock* left, const AreaBlock* right);
+  void MergeTypes(AreaBlock* left, AreaBlock* right);
 
   bool Settle(AreaBlock* block);
   bool ReadPending(AreaBlock* block);
@@ -207,7 +239,8 @@ class TStringResolver {
   bool ScalePointerOffset(AreaBlock* left, AreaBlock* right, std::uint64_t* leftValue,
                           std::uint64_t* rightValue);
 
-  bool ReadObject(AreaBlock* block);
+  [[nodiscard]] const DataLableType& ObjectType(const DataLableType& location) const;
+  bool ReadLocation(const DataLableType& object, Location* at, std::string* text);
   bool ReadThroughAddress(AreaBlock* block);
 
   DelimiterSets delimiterSets_;

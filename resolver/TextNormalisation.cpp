@@ -28,13 +28,6 @@ std::size_t EndOfLeadingKeyword(const std::string& text) {
   return end;
 }
 
-void ReplaceAll(std::string* text, std::string_view pattern, std::string_view replacement) {
-  for (std::size_t at = text->find(pattern); at != std::string::npos;
-       at = text->find(pattern, at + replacement.size())) {
-    text->replace(at, pattern.size(), replacement);
-  }
-}
-
 /// Replaces each `exponent` that belongs to a token beginning with a digit. Tokens end at
 /// delimiters, to which the replaced sign no longer belongs.
 void ProtectExponents(std::string* text, const char* delimiters, std::string_view exponent,
@@ -89,11 +82,17 @@ void TStringResolver::ProcessBasickTypes(std::string* text) {
 }
 
 bool TStringResolver::CheckFloatingPointStr(std::string* text) {
-  for (std::size_t at = text->find('.'); at != std::string::npos; at = text->find('.', at + 1)) {
-    if (at > 0 && at + 1 < text->size() && IsDigit((*text)[at + 1])) {
-      (*text)[at] = resolver::kProtectedPoint;
+  bool hasSignedExponent = false;
+  for (std::size_t at = 0; at + 1 < text->size(); ++at) {
+    char& c = (*text)[at];
+    const char next = (*text)[at + 1];
+    if (c == '.') {
+      if (at > 0 && IsDigit(next)) c = resolver::kProtectedPoint;
+    } else if (c == resolver::kExponentPlus[0]) {
+      hasSignedExponent = hasSignedExponent || next == '+' || next == '-';
     }
   }
+  if (!hasSignedExponent) return false;
   ProtectExponents(text, delimitersWithParentheses, resolver::kExponentPlus,
                    resolver::kProtectedExponentPlus);
   ProtectExponents(text, delimitersWithParentheses, resolver::kExponentMinus,
@@ -102,12 +101,21 @@ bool TStringResolver::CheckFloatingPointStr(std::string* text) {
 }
 
 bool TStringResolver::RestoreFloatingPointStr(std::string* text) {
-  // Every protected form has one.
-  if (text->find(resolver::kProtectedPoint) == std::string::npos) return false;
-  ReplaceAll(text, resolver::kProtectedExponentPlus, resolver::kExponentPlus);
-  ReplaceAll(text, resolver::kProtectedExponentMinus, resolver::kExponentMinus);
-  for (char& c : *text) {
-    if (c == resolver::kProtectedPoint) c = '.';
+  // Every protected form ends with one.
+  static_assert(resolver::kProtectedExponentPlus[1] == resolver::kProtectedPoint &&
+                resolver::kProtectedExponentMinus[1] == resolver::kProtectedPoint);
+  for (std::size_t at = text->find(resolver::kProtectedPoint); at != std::string::npos;
+       at = text->find(resolver::kProtectedPoint, at + 1)) {
+    char& c = (*text)[at];
+    char* const before = at > 0 ? &(*text)[at - 1] : nullptr;
+    if (before != nullptr && *before == resolver::kProtectedExponentPlus[0]) {
+      c = resolver::kExponentPlus[1];
+    } else if (before != nullptr && *before == resolver::kProtectedExponentMinus[0]) {
+      *before = resolver::kExponentMinus[0];
+      c = resolver::kExponentMinus[1];
+    } else {
+      c = '.';
+    }
   }
   return false;
 }

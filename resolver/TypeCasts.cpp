@@ -1,5 +1,7 @@
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -56,4 +58,56 @@ const DataLableType* TStringResolver::SavedType(std::uint64_t position) {
   from.position = position;
   if (finger_ != nullptr) *finger_ = from;
   return &*from.entry;
+}
+
+/// Replaces `sizeof` of a type by its size, and any other by the unary mark. False, without a
+/// message, when the host does not know a type that it had accepted.
+bool TStringResolver::RewriteSizeofs(std::string* text) {
+  constexpr std::string_view kKeyword = "sizeof";
+  // What has been rewritten is moved together at the text's start, so that the rest moves once.
+  std::size_t rewritten = 0;
+  std::size_t copied = 0;
+  const auto keepUntil = [&](std::size_t end) {
+    if (rewritten != copied) std::memmove(&(*text)[rewritten], &(*text)[copied], end - copied);
+    rewritten += end - copied;
+  };
+  std::size_t close = 0;
+  std::size_t at = 0;
+  while ((at = text->find(kKeyword, at)) != std::string::npos) {
+    std::size_t behind = at + kKeyword.size();
+    if (behind == text->size() || ((*text)[behind] != ' ' && (*text)[behind] != '(')) {
+      ++at;
+      continue;
+    }
+    keepUntil(at);
+    if (close < behind) close = text->find(')', behind);
+    std::array<char, 20> digits;
+    std::string_view replacement(&resolver::kSizeofMark, 1);
+    if ((*text)[behind] == '(' && close != std::string::npos) {
+      std::string operand = text->substr(behind + 1, close - behind - 1);
+      std::erase(operand, ' ');
+      if (parentInterface->IsTypeName(operand)) {
+        resolver::MarkStars(&operand);
+        bool unknown = false;
+        const DataLableType type = DescribeType(&operand, &unknown);
+        if (unknown) return false;
+        replacement = resolver::WriteUnsigned(type.Size, &digits);
+        behind = close + 1;
+      }
+    }
+    // Of all types only those of ten digits may take more room than what they stand for.
+    if (rewritten + replacement.size() > behind) {
+      const std::size_t room = 1 + text->size() / 8;
+      text->insert(behind, room, ' ');
+      behind += room;
+      if (close != std::string::npos) close += room;
+    }
+    replacement.copy(&(*text)[rewritten], replacement.size());
+    rewritten += replacement.size();
+    copied = at = behind;
+  }
+  if (copied == 0) return true;
+  keepUntil(text->size());
+  text->resize(rewritten);
+  return true;
 }

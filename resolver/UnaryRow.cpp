@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "resolver/Markers.h"
+#include "resolver/Owed.h"
 #include "resolver/SizeMask.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
@@ -25,7 +26,7 @@ void ConvertToCastType(AreaBlock* block) {
     }
     block->Value = resolver::TruncateToUnsigned(block->DoubleValue);
     block->ValueKind = 0;
-    resolver::WriteValue(block);
+    resolver::OweValue(block);
   }
   // Integers become floating by their bits: memory that was read as an integer turns into the
   // number stored there.
@@ -33,13 +34,13 @@ void ConvertToCastType(AreaBlock* block) {
     block->ValueKind = 1;
     block->FloatValue = std::bit_cast<float>(static_cast<std::uint32_t>(block->Value));
     block->DoubleValue = static_cast<double>(block->FloatValue);
-    resolver::WriteValue(block);
+    resolver::OweValue(block);
   }
   if (block->ValueKind == 0 && to.IsDouble) {
     block->ValueKind = 2;
     block->DoubleValue = std::bit_cast<double>(block->Value);
     block->FloatValue = static_cast<float>(block->DoubleValue);
-    resolver::WriteValue(block);
+    resolver::OweValue(block);
   }
   if (block->ValueKind == 0 && block->Type.IsSigned && to.Size > block->Type.Size) {
     // The distance is that of the two sizes, so the sign reaches the top bit only in 8 bytes.
@@ -51,7 +52,7 @@ void ConvertToCastType(AreaBlock* block) {
 
 }  // namespace
 
-bool TStringResolver::SecondRaw(AreaBlock* block) {
+bool TStringResolver::ApplyPrefixes(AreaBlock* block) {
   while (!block->BeforeText.empty()) {
     switch (block->BeforeText.back()) {
       case resolver::kCastMark:
@@ -67,6 +68,7 @@ bool TStringResolver::SecondRaw(AreaBlock* block) {
         if (!ApplyMinus(block)) return false;
         break;
       case '&':
+        resolver::WriteOwedPointer(block);
         block->ReferenceLevel -= 1;
         if (!Settle(block)) return false;
         break;
@@ -83,7 +85,7 @@ bool TStringResolver::SecondRaw(AreaBlock* block) {
         return Fail("Unknown operation: ", block->BeforeText);
     }
   }
-  if (!SolveSquareBracets(block)) return false;
+  if (!IndexBlock(block)) return false;
   if (block->AfterText.empty()) return true;
   return Fail("Invalid operation ", block->AfterText);
 }
@@ -98,16 +100,18 @@ bool TStringResolver::Settle(AreaBlock* block) {
   }
   if (block->ReferenceLevel < kPlainValue) return Fail("The pointer doesn`t exist");
   if (block->ReferenceLevel == kPlainValue) {
-    resolver::WriteUnsigned(block->Value, &block->AreaText);
+    resolver::OweNumber(block->Value, block);
   }
   return ReadPending(block);
 }
 
-/// Makes the reads that the block owes. A mark that its value is still an address outlives them.
+/// Makes the reads that the block owes. A mark that its value is still an address outlives them,
+/// but for that of a pointer that is owed.
 bool TStringResolver::ReadPending(AreaBlock* block) {
   while (block->ReferenceLevel > kPlainValue) {
-    const bool isAddress = block->Type.IsAddress;
-    block->Type.IsArray = false;
+    const bool isAddress = !block->OwesPointer && block->Type.IsAddress;
+    // A pointer that is owed is no array, whatever its pointee is.
+    if (!block->OwesPointer) block->Type.IsArray = false;
     if (!ReadThroughAddress(block)) return false;
     block->Type.IsAddress = isAddress;
   }
@@ -116,7 +120,7 @@ bool TStringResolver::ReadPending(AreaBlock* block) {
 
 /// Fetches the object of a block that holds an address, for an operator that needs its value.
 bool TStringResolver::ReadOperand(AreaBlock* block) {
-  if (!block->Type.IsAddress) return true;
+  if (!resolver::IsAddress(*block)) return true;
   if (!ReadThroughAddress(block)) return false;
   block->ReferenceLevel += 1;
   block->Type.IsAddress = false;
@@ -124,12 +128,14 @@ bool TStringResolver::ReadOperand(AreaBlock* block) {
 }
 
 bool TStringResolver::ApplyCast(AreaBlock* block) {
-  if (block->Type.IsAddress) {
-    block->Type.IsAddress = false;
+  if (resolver::IsAddress(*block)) {
+    // The first read takes an owed pointer away. Without one to come, it has to be made.
+    if (block->ReferenceLevel < kPlainValue) resolver::WriteOwedPointer(block);
+    if (!block->OwesPointer) block->Type.IsAddress = false;
     block->ReferenceLevel += 1;
   }
   if (block->ReferenceLevel < kPlainValue) return Fail("The pointer doesn`t exist");
-  if (block->ReferenceLevel == kPlainValue) resolver::WriteValue(block);
+  if (block->ReferenceLevel == kPlainValue) resolver::OweValue(block);
   if (!ReadPending(block)) return false;
 
   std::string& before = block->BeforeText;
@@ -152,7 +158,9 @@ bool TStringResolver::ApplyCast(AreaBlock* block) {
 }
 
 void TStringResolver::ApplySizeof(AreaBlock* block) {
-  block->Value = block->Type.IsAddress ? FirstMember(block->Type).Size : block->Type.Size;
+  const bool isPointer = block->Type.IsAddress && !block->OwesPointer;
+  block->Value = isPointer ? FirstMember(block->Type).Size : block->Type.Size;
+  block->OwesPointer = false;
   block->ValueKind = 0;
   block->MemorySpace = 0;
   block->IsMemberName = false;
@@ -160,7 +168,7 @@ void TStringResolver::ApplySizeof(AreaBlock* block) {
   block->Type.Assign(defaultType);
   block->HasCastType = false;
   block->BeforeText.pop_back();
-  resolver::WriteValue(block);
+  resolver::OweValue(block);
 }
 
 /// The type stays: minus an unsigned number is its complement, not a negative one.
@@ -170,7 +178,7 @@ bool TStringResolver::ApplyMinus(AreaBlock* block) {
   block->FloatValue = -block->FloatValue;
   block->DoubleValue = -block->DoubleValue;
   block->BeforeText.pop_back();
-  resolver::WriteValue(block);
+  resolver::OweValue(block);
   return true;
 }
 
@@ -182,12 +190,13 @@ bool TStringResolver::ApplyNot(AreaBlock* block, const char* floatingMessage) {
       logical ? static_cast<std::uint64_t>(block->Value == 0) : ~block->Value;
   block->Value = value & resolver::SizeMask(block->Type.Size);
   block->BeforeText.pop_back();
-  resolver::WriteValue(block);
+  resolver::OweValue(block);
   return true;
 }
 
 /// A pointer value is only marked as an address; the read is put off until its object is needed.
 bool TStringResolver::ApplyDereference(AreaBlock* block) {
+  resolver::WriteOwedPointer(block);
   DataLableType& type = block->Type;
   if (!type.IsPointer || (type.IsAddress && !FirstMember(type).IsPointer)) {
     return Fail("Can`t do the dereference operation with this type");

@@ -1,6 +1,7 @@
 #include "resolver/ValueText.h"
 
 #include <array>
+#include <cfloat>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
@@ -85,8 +86,38 @@ bool IsHuge(std::string_view number) {
   return exponent + static_cast<long long>(point) - static_cast<long long>(first) > 0;
 }
 
+constexpr std::array<double, 11> kPowersOfTen = {1e0, 1e1, 1e2, 1e3, 1e4, 1e5,
+                                                 1e6, 1e7, 1e8, 1e9, 1e10};
+
+/// Reads a text that is nothing but digits with at most one point, and whose digits and power of
+/// ten are exact as `Number`: their quotient is then the nearest number. Most texts are such, and
+/// this takes a fifth of the instructions of `std::from_chars`. False for any other text.
+template <typename Number>
+bool ReadShortDecimal(std::string_view text, Number* value) {
+  // Wider intermediate results would be rounded twice.
+  if (FLT_EVAL_METHOD != 0 || text.size() > 16) return false;
+  std::uint64_t digits = 0;
+  std::size_t point = text.size();
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (IsDigit(text[i])) {
+      digits = digits * 10 + static_cast<std::uint64_t>(text[i] - '0');
+    } else if (text[i] == '.' && point == text.size()) {
+      point = i;
+    } else {
+      return false;
+    }
+  }
+  const bool hasPoint = point < text.size();
+  const std::size_t decimals = hasPoint ? text.size() - point - 1 : 0;
+  if (text.size() == (hasPoint ? 1U : 0U) || decimals >= kPowersOfTen.size()) return false;
+  if (digits >> std::numeric_limits<Number>::digits != 0) return false;
+  *value = static_cast<Number>(digits) / static_cast<Number>(kPowersOfTen[decimals]);
+  return true;
+}
+
 template <typename Number>
 Number ReadFloatingNumber(std::string_view text) {
+  if (Number plain = 0; ReadShortDecimal(text, &plain)) return plain;
   text = SkipWhiteSpace(text);
   const bool negative = TakeSign(&text);
   const std::string_view number = text.substr(0, FloatingLength(text));
@@ -100,18 +131,70 @@ Number ReadFloatingNumber(std::string_view text) {
   return negative ? -value : value;
 }
 
+constexpr int kSignificantDigits = 6;
+
+/// `scaled` rounded to an integer as the exact product that it was rounded from is: ties to even.
+/// A scaled value below a half comes from a product below it, so only on a half itself can the two
+/// differ.
+std::uint32_t RoundProduct(double scaled, double value, double power) {
+  auto rounded = static_cast<std::uint32_t>(scaled);
+  const double rest = scaled - rounded;
+  if (rest > 0.5) return rounded + 1;
+  if (rest < 0.5) return rounded;
+  const double lost = std::fma(value, power, -scaled);
+  if (lost > 0 || (lost == 0 && rounded % 2 != 0)) ++rounded;
+  return rounded;
+}
+
+/// A value that six significant digits show without an exponent, written into `buffer`; empty for
+/// any other. Takes a tenth of the instructions of `std::to_chars`, which counts because every
+/// floating result passes through its text.
+std::string_view WriteFixedPoint(double value, std::array<char, 32>* buffer) {
+  constexpr double kSixDigits = 1e5;
+  const double magnitude = std::fabs(value);
+  // Also false for what is not a number.
+  if (FLT_EVAL_METHOD != 0 || !(magnitude >= 1e-4 && magnitude < 1e6)) return {};
+  std::size_t decimals = kSignificantDigits - 1;
+  while (decimals < 9 && magnitude * kPowersOfTen[decimals] < kSixDigits) ++decimals;
+  while (magnitude * kPowersOfTen[decimals] >= 10 * kSixDigits) --decimals;
+  const double power = kPowersOfTen[decimals];
+  std::uint32_t digits = RoundProduct(magnitude * power, magnitude, power);
+  // Rounded up to a million, which takes an exponent.
+  if (decimals == 0 && digits == 1'000'000) return {};
+  while (decimals > 0 && digits % 10 == 0) {
+    digits /= 10;
+    --decimals;
+  }
+  char* const end = buffer->data() + buffer->size();
+  char* text = end;
+  for (std::size_t i = 0; i < decimals; ++i, digits /= 10)
+    *--text = static_cast<char>('0' + digits % 10);
+  if (decimals > 0) *--text = '.';
+  do {
+    *--text = static_cast<char>('0' + digits % 10);
+    digits /= 10;
+  } while (digits != 0);
+  if (value < 0) *--text = '-';
+  return {text, end};
+}
+
 }  // namespace
 
-std::uint64_t ReadUnsigned(std::string_view text) {
-  // Nearly every text is a number that was written here, and short enough not to overflow.
+bool ReadDigits(std::string_view text, std::uint64_t* value) {
+  // As many cannot overflow.
   constexpr std::size_t kSafeDigits = 19;
-  std::uint64_t plain = 0;
-  std::size_t digits = 0;
-  for (; digits < text.size() && IsDigit(text[digits]); ++digits) {
-    plain = plain * 10 + static_cast<std::uint64_t>(text[digits] - '0');
+  if (text.empty() || text.size() > kSafeDigits) return false;
+  std::uint64_t read = 0;
+  for (const char c : text) {
+    if (!IsDigit(c)) return false;
+    read = read * 10 + static_cast<std::uint64_t>(c - '0');
   }
-  if (digits > 0 && digits <= kSafeDigits) return plain;
+  *value = read;
+  return true;
+}
 
+std::uint64_t ReadUnsigned(std::string_view text) {
+  if (std::uint64_t plain = 0; ReadDigits(text, &plain)) return plain;
   text = SkipWhiteSpace(text);
   const bool negative = TakeSign(&text);
   std::uint64_t value = 0;
@@ -134,38 +217,36 @@ std::string WriteUnsigned(std::uint64_t value) {
   return text;
 }
 
-void WriteUnsigned(std::uint64_t value, std::string* text) {
-  std::array<char, 20> digits;
-  std::size_t first = digits.size();
+std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits) {
+  std::size_t first = digits->size();
   while (value >= 100) {
     first -= 2;
-    std::memcpy(&digits[first], &kPairsOfDigits[value % 100 * 2], 2);
+    std::memcpy(&(*digits)[first], &kPairsOfDigits[value % 100 * 2], 2);
     value /= 100;
   }
   if (value >= 10) {
     first -= 2;
-    std::memcpy(&digits[first], &kPairsOfDigits[value * 2], 2);
+    std::memcpy(&(*digits)[first], &kPairsOfDigits[value * 2], 2);
   } else {
-    digits[--first] = static_cast<char>('0' + value);
+    (*digits)[--first] = static_cast<char>('0' + value);
   }
-  text->assign(digits.data() + first, digits.size() - first);
+  return {digits->data() + first, digits->size() - first};
 }
 
-std::string WriteFloating(double value) {
-  constexpr int kSignificantDigits = 6;
-  std::array<char, 32> digits;
-  const auto [end, error] = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+void WriteUnsigned(std::uint64_t value, std::string* text) {
+  std::array<char, 20> digits;
+  *text = WriteUnsigned(value, &digits);
+}
+
+void WriteFloating(double value, std::string* text) {
+  std::array<char, 32> buffer;
+  if (const std::string_view plain = WriteFixedPoint(value, &buffer); !plain.empty()) {
+    *text = plain;
+    return;
+  }
+  const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
                                           std::chars_format::general, kSignificantDigits);
-  return {digits.data(), end};
-}
-
-void WriteValue(AreaBlock* block) {
-  if (block->ValueKind == 0) {
-    WriteUnsigned(block->Value, &block->AreaText);
-  } else {
-    block->AreaText = WriteFloating(block->ValueKind == 1 ? static_cast<double>(block->FloatValue)
-                                                          : block->DoubleValue);
-  }
+  text->assign(buffer.data(), end);
 }
 
 std::uint64_t TruncateToUnsigned(double value) {

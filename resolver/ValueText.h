@@ -1,11 +1,10 @@
 #ifndef STRINGRESOLVER_RESOLVER_VALUETEXT_H
 #define STRINGRESOLVER_RESOLVER_VALUETEXT_H
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
-
-#include "model/AreaBlock.h"
 
 namespace resolver {
 
@@ -17,6 +16,10 @@ namespace resolver {
 /// 1.
 std::uint64_t ReadUnsigned(std::string_view text);
 
+/// Reads a text that is nothing but a few digits, as nearly every number that is written here;
+/// false for any other.
+bool ReadDigits(std::string_view text, std::uint64_t* value);
+
 /// A decimal floating number. One too large reads as the largest finite one; "inf", "nan" and an
 /// exponent without digits read as 0.
 double ReadDouble(std::string_view text);
@@ -24,14 +27,14 @@ float ReadFloat(std::string_view text);
 
 std::string WriteUnsigned(std::uint64_t value);
 
-/// Six significant digits, as in "0.333333" or "1e+10".
-std::string WriteFloating(double value);
-
 /// Writes the number in place of `*text`.
 void WriteUnsigned(std::uint64_t value, std::string* text);
 
-/// Writes the block's live value into its text.
-void WriteValue(AreaBlock* block);
+/// Writes the number into `*digits`, where the result lies.
+std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits);
+
+/// Writes six significant digits, as in "0.333333" or "1e+10", in place of `*text`.
+void WriteFloating(double value, std::string* text);
 
 /// Truncates toward zero. NaN gives 0; a negative value its two's complement, at or below -2^63 the
 /// pattern of -2^63; a value at or above 2^64 gives all ones.

@@ -5,8 +5,9 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
+#include <ctime>
 #include <filesystem>
-#include <limits>
+#include <fstream>
 #include <system_error>
 #include <utility>
 
@@ -56,10 +57,40 @@ std::string MachineText(const ElfFile& file) {
   }
 }
 
+/// In seconds; 0 when there is no such regular file.
 std::time_t LastChange(const std::string& path) {
   struct stat status {};
-  return stat(path.c_str(), &status) == 0 ? status.st_mtime : 0;
+  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) ? status.st_mtime : 0;
 }
+
+/// A dump's memory, and where it holds nothing of a mapped file, what the file has now, if that did
+/// not change since: good enough to see where a file was loaded when its headers were not saved.
+class HeaderMemory final : public MemorySource {
+ public:
+  HeaderMemory(MemorySource& saved, const std::vector<FileMapping>& mappings, std::time_t dumped)
+      : saved_(saved), mappings_(mappings), dumped_(dumped) {}
+
+  MemoryRead Read(std::uint64_t address, std::uint8_t space, std::span<std::byte> bytes) override {
+    const MemoryRead read = saved_.Read(address, space, bytes);
+    if (read.size == bytes.size() || read.gap != MemoryGap::kNotSaved) return read;
+    for (const FileMapping& mapping : mappings_) {
+      if (address < mapping.start || address >= mapping.end) continue;
+      const std::time_t changed = LastChange(mapping.path);
+      if (changed == 0 || changed > dumped_) return read;
+      std::ifstream file(mapping.path, std::ios::binary);
+      file.seekg(static_cast<std::streamoff>(mapping.fileOffset + (address - mapping.start)));
+      file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+      if (file) return {bytes.size(), MemoryGap::kNotThere};
+      return read;
+    }
+    return read;
+  }
+
+ private:
+  MemorySource& saved_;
+  const std::vector<FileMapping>& mappings_;
+  std::time_t dumped_;
+};
 
 /// The text that ends with a zero byte at `address`; empty when it cannot be read.
 std::string ReadText(MemorySource& memory, std::uint64_t address) {
@@ -78,7 +109,8 @@ CoreDump::CoreDump(const std::string& path, const std::optional<std::string>& pr
       notes_(ReadCoreNotes(core_)),
       memory_(core_, notes_.mappings) {
   CheckContents();
-  std::vector<LoadedFile> files = FindLoadedFiles(notes_.mappings, memory_);
+  HeaderMemory headers(memory_, notes_.mappings, LastChange(path));
+  std::vector<LoadedFile> files = FindLoadedFiles(notes_.mappings, headers);
   const std::optional<LoadedFile> loaded = FindProgram(files);
   program_.path = program ? *program : FindProgramPath(loaded);
   const ElfFile file(program_.path);

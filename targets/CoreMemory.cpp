@@ -16,13 +16,31 @@ const Piece* LastBefore(const std::vector<Piece>& pieces, std::uint64_t address,
   return behind == pieces.begin() ? nullptr : &*(behind - 1);
 }
 
+/// The segments in order of their addresses. Where they overlap, which no good dump has, the one
+/// that begins first has the bytes.
+std::vector<Segment> Disjoint(std::vector<Segment> segments) {
+  std::stable_sort(segments.begin(), segments.end(),
+                   [](const Segment& a, const Segment& b) { return a.address < b.address; });
+  std::vector<Segment> disjoint;
+  std::uint64_t end = 0;
+  for (Segment& segment : segments) {
+    const std::uint64_t hidden = end > segment.address ? end - segment.address : 0;
+    if (hidden >= segment.memorySize) continue;
+    segment.address += hidden;
+    segment.memorySize -= hidden;
+    segment.fileOffset += hidden;
+    segment.fileSize -= std::min(hidden, segment.fileSize);
+    end = segment.address + segment.memorySize;
+    disjoint.push_back(segment);
+  }
+  return disjoint;
+}
+
 }  // namespace
 
 CoreMemory::CoreMemory(const ElfFile& core, std::vector<FileMapping> mappings)
-    : core_(core), segments_(core.Segments()), mappings_(std::move(mappings)) {
-  std::stable_sort(segments_.begin(), segments_.end(),
-                   [](const Segment& a, const Segment& b) { return a.address < b.address; });
-  for (const Segment& segment : segments_) {
+    : core_(core), segments_(Disjoint(core.Segments())), mappings_(std::move(mappings)) {
+  for (const Segment& segment : core.Segments()) {
     const std::uint64_t end = segment.fileOffset + segment.fileSize;
     if (end >= segment.fileOffset) completeSize_ = std::max(completeSize_, end);
   }

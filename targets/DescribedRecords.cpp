@@ -91,6 +91,11 @@ void DescribedTypes::AddFields(TypeNumber structure, std::uint64_t outer, const 
     if (field.bits != 0) {
       offset = StorageUnitOffset(field.offset * 8 + field.firstBit, field.bits, type.size);
       member.ExtraFlag = true;
+      TypeShape bits = At(Behind(field.type)).shape;
+      bits.name = At(field.type).shape.name;
+      bits.bits = field.bits;
+      bits.firstBit = static_cast<std::uint32_t>((field.offset - offset) * 8 + field.firstBit);
+      member.TypeNumber = Add(std::move(bits), {});
       remarks_.push_back({field.name, text, MemberRemark::Kind::kBitField,
                           At(field.type).shape.name + " : " + std::to_string(field.bits)});
     }

@@ -89,6 +89,7 @@ void DescribedTypes::AddBasicTypes() {
     shape.kind = kind;
     shape.size = size;
     shape.isSigned = isSigned;
+    shape.isText = name == "char";
     AddNamed(std::move(name), std::move(shape), {});
     entries_.back().alignment = size;
   };

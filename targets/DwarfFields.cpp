@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "targets/DwarfBitFields.h"
 #include "targets/DwarfLocation.h"
 #include "targets/DwarfText.h"
 #include "targets/Error.h"
@@ -15,12 +16,6 @@ namespace {
 /// No structure of a real program has this many members.
 constexpr std::size_t kMostMembers = 1U << 18U;
 constexpr std::size_t kDeepestFlattening = 64;
-
-struct BitField {
-  std::uint64_t bits = 0;
-  /// Of the storage unit, from the start of the structure, in bytes.
-  std::uint64_t unitOffset = 0;
-};
 
 class FieldReader {
  public:
@@ -81,7 +76,7 @@ class FieldReader {
       if (levels.size() == kDeepestFlattening) {
         file_.Broken(die, "anonymous members are nested too deeply");
       }
-      levels.push_back({file_.Child(*inner), offset + Offset(die)});
+      levels.push_back({file_.Child(*inner), offset + FieldOffset(file_, die)});
     }
   }
 
@@ -94,58 +89,23 @@ class FieldReader {
     if (inside) bases_.push_back({*type, offset + *inside, depth + 1});
   }
 
-  std::uint64_t Offset(const Dwarf_Die& die) const {
-    if (const auto bits = file_.Unsigned(die, DW_AT_data_bit_offset)) return *bits / 8;
-    const std::optional<std::uint64_t> offset = MemberOffset(file_, die);
-    if (!offset) file_.Broken(die, "a member whose offset is no number");
-    return *offset;
-  }
-
   void AddField(const Dwarf_Die& die, std::uint64_t outer) {
     const TypeRecord& type = types_.OfObject(die);
     const std::string name(file_.Name(die));
     DataLableType field = FieldRecord(type);
     field.Name = name;
     std::uint64_t offset = outer;
-    if (const std::optional<BitField> bitField = ReadBitField(die, type.size)) {
+    if (const auto bitField = ReadBitField(file_, types_.Layout().order, die, type.size)) {
       offset += bitField->unitOffset;
       field.ExtraFlag = true;
+      field.TypeNumber = types_.Numbers().Of(die.addr, TypeNumbers::kBitField);
       Remark(die, MemberRemark::Kind::kBitField, " : " + std::to_string(bitField->bits));
     } else {
-      offset += Offset(die);
+      offset += FieldOffset(file_, die);
     }
     if (type.kind == TypeRecord::Kind::kOpaque) Remark(die, MemberRemark::Kind::kTooLarge, "");
     field.Offset = RecordSize(offset, "the offset of member '" + name + "' of " + text_);
     result_.fields.push_back(std::move(field));
-  }
-
-  std::optional<BitField> ReadBitField(const Dwarf_Die& die, std::uint64_t typeSize) const {
-    const auto bits = file_.Unsigned(die, DW_AT_bit_size);
-    if (!bits) return std::nullopt;
-    BitField result;
-    result.bits = *bits;
-    const auto first = file_.Unsigned(die, DW_AT_data_bit_offset);
-    if (!first || typeSize == 0) {
-      result.unitOffset = Offset(die) + BytesIntoUnit(die, *bits, typeSize);
-      return result;
-    }
-    result.unitOffset = StorageUnitOffset(*first, *bits, typeSize);
-    return result;
-  }
-
-  /// Before DWARF 4 a bit-field's location is that of its storage unit, and its place is counted
-  /// from the unit's highest bit. How far into the unit a packed bit-field starts that leaves it; 0
-  /// for one that lies in it.
-  std::uint64_t BytesIntoUnit(const Dwarf_Die& die, std::uint64_t bits,
-                              std::uint64_t typeSize) const {
-    const auto fromTop = file_.Unsigned(die, DW_AT_bit_offset);
-    if (!fromTop) return 0;
-    const std::uint64_t unitBits = 8 * file_.Unsigned(die, DW_AT_byte_size).value_or(typeSize);
-    const bool big = types_.Layout().order == ByteOrder::kBig;
-    const auto start = static_cast<std::int64_t>(big ? *fromTop : unitBits - *fromTop - bits);
-    const bool inside = start >= 0 && static_cast<std::uint64_t>(start) <= unitBits &&
-                        static_cast<std::uint64_t>(start) + bits <= unitBits;
-    return inside || start < 0 ? 0 : static_cast<std::uint64_t>(start) / 8;
   }
 
   void Remark(const Dwarf_Die& die, MemberRemark::Kind kind, const std::string& suffix) {

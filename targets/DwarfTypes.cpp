@@ -102,6 +102,7 @@ const Record& BuildOnce(DieAddress key, std::unordered_map<DieAddress, Record>* 
 /// One step from a type to the one it is made of.
 struct DwarfTypes::Level {
   Dwarf_Die die{};
+  TypeNumber number = 0;
   bool isPointer = false;
   std::uint64_t pointerSize = 0;
   std::uint64_t count = 0;
@@ -126,6 +127,7 @@ const DataLableType& DwarfTypes::Full(std::optional<Dwarf_Die> type) {
   return BuildOnce(behind->addr, &full_, &failedFull_, [&] {
     StructureFields fields = ReadFields(*this, *behind);
     DataLableType record = Structure(*behind).record;
+    record.TypeNumber = numbers_.Of(behind->addr);
     record.NestedTypes.clear();
     record.Members = std::move(fields.fields);
     remarks_.insert(remarks_.end(), fields.remarks.begin(), fields.remarks.end());
@@ -152,23 +154,28 @@ std::optional<Dwarf_Die> DwarfTypes::Behind(std::optional<Dwarf_Die> type) {
 
 TypeRecord DwarfTypes::Build(std::optional<Dwarf_Die> type) {
   std::vector<Level> levels;
-  type = Unwrap(type, &levels);
+  TypeNumber innermost = 0;
+  type = Unwrap(type, &levels, &innermost);
   TypeRecord built = Innermost(type);
+  built.record.TypeNumber = innermost;
   for (auto level = levels.rbegin(); level != levels.rend(); ++level) {
     if (level->isPointer) {
       MakePointer(layout_, level->pointerSize, &built);
     } else {
       AddArray(*level, &built);
     }
+    built.record.TypeNumber = level->number;
   }
   MakeObject(layout_, &built);
   return built;
 }
 
-/// Takes pointers, arrays and names off a type, down to the one that is made of no other.
+/// Takes pointers, arrays and names off a type, down to the one that is made of no other. Numbers
+/// go to the types as they are written, names and all.
 std::optional<Dwarf_Die> DwarfTypes::Unwrap(std::optional<Dwarf_Die> type,
-                                            std::vector<Level>* levels) {
+                                            std::vector<Level>* levels, TypeNumber* innermost) {
   CycleGuard guard(file_);
+  DieAddress written = type ? type->addr : nullptr;
   while (type) {
     guard.Visit(*type);
     const int tag = file_.Tag(*type);
@@ -177,21 +184,28 @@ std::optional<Dwarf_Die> DwarfTypes::Unwrap(std::optional<Dwarf_Die> type,
     if (IsPointerTag(tag)) {
       level.isPointer = true;
       level.pointerSize = file_.Unsigned(*type, DW_AT_byte_size).value_or(layout_.pointerSize);
+      level.number = numbers_.Of(written);
       levels->push_back(level);
     } else if (tag == DW_TAG_array_type) {
       const std::vector<std::uint64_t> counts = ArrayCounts(file_, *type);
       for (std::size_t i = 0; i < counts.size(); ++i) {
         level.count = counts[i];
+        level.number =
+            i == 0 ? numbers_.Of(written) : numbers_.Of(type->addr, static_cast<std::uint32_t>(i));
         const bool last = i + 1 == counts.size();
         level.stride = last ? file_.Unsigned(*type, DW_AT_byte_stride).value_or(0) : 0;
         levels->push_back(level);
       }
     } else if (!IsTransparent(tag) &&
                (tag != DW_TAG_subrange_type || file_.Attribute(*type, DW_AT_byte_size))) {
+      *innermost = numbers_.Of(written);
       return Definition(*type, tag);
     }
+    const bool stepped = IsPointerTag(tag) || tag == DW_TAG_array_type;
     type = file_.TypeOf(*type);
+    if (stepped) written = type ? type->addr : nullptr;
   }
+  *innermost = numbers_.Of(written);
   return type;
 }
 

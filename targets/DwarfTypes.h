@@ -14,6 +14,7 @@
 #include "targets/Error.h"
 #include "targets/LabelSource.h"
 #include "targets/RecordShapes.h"
+#include "targets/TypeNumbers.h"
 #include "targets/TypeRecord.h"
 
 namespace targets {
@@ -23,8 +24,9 @@ namespace targets {
 class DwarfTypes {
  public:
   /// `file` and `index` are borrowed and must outlive this object.
-  DwarfTypes(const DwarfFile& file, DwarfIndex& index, const TargetLayout& layout)
-      : file_(file), index_(index), layout_(layout) {}
+  DwarfTypes(const DwarfFile& file, DwarfIndex& index, const TargetLayout& layout,
+             TypeNumber firstNumber)
+      : file_(file), index_(index), layout_(layout), numbers_(firstNumber) {}
 
   /// The record of an object whose entry is `die`, by its DW_AT_type. `void` without one. Throws
   /// `Error` (`kBrokenInfo`, `kNotRepresented`).
@@ -42,6 +44,7 @@ class DwarfTypes {
   [[nodiscard]] const std::vector<MemberRemark>& Remarks() const { return remarks_; }
   [[nodiscard]] const TargetLayout& Layout() const { return layout_; }
   [[nodiscard]] const DwarfFile& File() const { return file_; }
+  [[nodiscard]] TypeNumbers& Numbers() { return numbers_; }
 
   /// The type behind `typedef`, `const` and the like; a structure that is only declared becomes its
   /// definition, in whichever unit. Nothing for `void`.
@@ -54,7 +57,8 @@ class DwarfTypes {
   struct Level;
 
   TypeRecord Build(std::optional<Dwarf_Die> type);
-  std::optional<Dwarf_Die> Unwrap(std::optional<Dwarf_Die> type, std::vector<Level>* levels);
+  std::optional<Dwarf_Die> Unwrap(std::optional<Dwarf_Die> type, std::vector<Level>* levels,
+                                  TypeNumber* innermost);
   TypeRecord Innermost(const std::optional<Dwarf_Die>& type);
   TypeRecord BaseType(const Dwarf_Die& type);
   TypeRecord Enumeration(const Dwarf_Die& type);
@@ -69,6 +73,7 @@ class DwarfTypes {
   const DwarfFile& file_;
   DwarfIndex& index_;
   TargetLayout layout_;
+  TypeNumbers numbers_;
   std::unordered_map<DieAddress, TypeRecord> records_;
   std::unordered_map<DieAddress, DataLableType> full_;
   /// What could not be built, so that it is not tried again at every use.

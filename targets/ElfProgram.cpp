@@ -8,6 +8,7 @@
 
 #include "targets/DwarfFile.h"
 #include "targets/DwarfIndex.h"
+#include "targets/DwarfShapes.h"
 #include "targets/DwarfText.h"
 #include "targets/DwarfTypes.h"
 #include "targets/DwarfUnits.h"
@@ -16,6 +17,7 @@
 #include "targets/ElfSymbols.h"
 #include "targets/Error.h"
 #include "targets/LabelChoice.h"
+#include "targets/ProgramLabels.h"
 #include "targets/SeparateDebug.h"
 #include "targets/Texts.h"
 #include "targets/TypeLookup.h"
@@ -56,11 +58,12 @@ TargetLayout LayoutOf(const ElfFile& file, const ElfOptions& options) {
 /// Everything that is read from debug information.
 struct DebugInfo {
   DebugInfo(const ElfFile& program, const ElfFile& info, const std::string& debugFolder,
-            const TargetLayout& layout, Damage* damage)
+            const TargetLayout& layout, TypeNumber firstTypeNumber, Damage* damage)
       : file(info, debugFolder),
         units(file, damage),
         index(file, units, damage),
-        types(file, index, layout),
+        types(file, index, layout, firstTypeNumber),
+        shapes(types, program.Header().e_machine),
         choice(program, units, types),
         lookup(file, units) {}
 
@@ -68,6 +71,7 @@ struct DebugInfo {
   DwarfUnits units;
   DwarfIndex index;
   DwarfTypes types;
+  DwarfShapes shapes;
   LabelChoice choice;
   TypeLookup lookup;
 };
@@ -97,10 +101,11 @@ struct ElfProgram::Parts {
         layout(LayoutOf(file, options)),
         memory(file),
         symbols(SymbolFile()),
-        damage(separate.reason) {
+        damage(separate.reason),
+        basicShapes(layout, options.firstTypeNumber) {
     try {
       debug.emplace(file, separate.file ? *separate.file : file, options.debugFolder, layout,
-                    &damage);
+                    options.firstTypeNumber + BasicShapes::kCount, &damage);
     } catch (const Error& error) {
       damage = error;
     }
@@ -210,6 +215,9 @@ struct ElfProgram::Parts {
   ElfSymbols symbols;
   Damage damage;
   std::optional<DebugInfo> debug;
+  BasicShapes basicShapes;
+  /// Filled when an address is first asked about.
+  std::optional<AddressTable> addresses;
   /// What the user called the current file of a program that names none.
   std::string chosenFile;
   std::vector<MemberRemark> noRemarks;
@@ -283,6 +291,14 @@ std::optional<Label> ElfProgram::FindDeclared(std::string_view name, std::uint64
   return debug.choice.Typed(name, *declaration, address);
 }
 
+std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (auto object = debug.choice.FindObject(name, debug.index.Global())) return object;
+  }
+  return LabelSource::FindObject(name);
+}
+
 bool ElfProgram::HasType(std::string_view name) {
   if (!parts_->debug) return BasicTypeRecord(parts_->layout, name).has_value();
   DebugInfo& debug = *parts_->debug;
@@ -304,7 +320,10 @@ std::optional<DataLableType> ElfProgram::FindType(std::string_view name) {
     if (const auto named = debug.types.NamedRecordType(name)) return debug.types.Full(*named);
     if (const auto entry = parts_->TypeEntry(name)) return debug.types.Full(*entry);
   }
-  if (auto basic = BasicTypeRecord(parts_->layout, name)) return basic;
+  if (auto basic = BasicTypeRecord(parts_->layout, name)) {
+    basic->TypeNumber = parts_->basicShapes.NumberOf(name);
+    return basic;
+  }
   if (parts_->damage) throw Error(*parts_->damage);
   return std::nullopt;
 }
@@ -373,6 +392,50 @@ void ElfProgram::ListTypes(const std::function<void(const Listing&)>& visit) {
   }
   VisitAll(listings, visit);
   if (parts_->damage) throw Error(*parts_->damage);
+}
+
+const TypeShape* ElfProgram::Shape(TypeNumber type) {
+  if (const TypeShape* const basic = parts_->basicShapes.Shape(type)) return basic;
+  return parts_->debug ? parts_->debug->shapes.Shape(type) : nullptr;
+}
+
+TypeNumber ElfProgram::FindShape(std::string_view name) {
+  if (parts_->debug) {
+    DebugInfo& debug = *parts_->debug;
+    if (const auto named = debug.types.NamedRecordType(name)) return debug.shapes.NumberOf(named);
+    if (const auto entry = parts_->TypeEntry(name)) return debug.shapes.NumberOf(entry);
+  }
+  return parts_->basicShapes.NumberOf(name);
+}
+
+std::optional<NearestLabel> ElfProgram::LabelAt(std::uint64_t address) {
+  std::optional<AddressTable>& table = parts_->addresses;
+  if (!table) {
+    table.emplace();
+    AddSymbols(parts_->symbols, parts_->SymbolFile(), parts_->layout, &*table);
+    if (parts_->debug) {
+      DebugInfo& debug = *parts_->debug;
+      AddDescribedLabels(debug.index.Global(), parts_->symbols, parts_->file, debug.types, &*table);
+    }
+    table->Sort();
+  }
+  const AddressTable::Entry* const entry = table->Find(address);
+  if (entry == nullptr) return std::nullopt;
+  return NearestLabel{std::string(entry->name), address - entry->address};
+}
+
+void ElfProgram::VisitLabelNames(const std::function<void(std::string_view)>& visit) {
+  if (parts_->debug) {
+    VisitDefinedLabels(parts_->debug->index.Global(), visit);
+    VisitDefinedLabels(parts_->debug->index.Local(), visit);
+  }
+  for (std::uint32_t n = 0; n < parts_->symbols.Count(); ++n) visit(parts_->symbols.NameOf(n));
+}
+
+void ElfProgram::VisitTypeNames(const std::function<void(std::string_view)>& visit) {
+  if (!parts_->debug) return;
+  VisitDefinedTypes(parts_->debug->index.Global(), visit);
+  VisitDefinedTypes(parts_->debug->index.Local(), visit);
 }
 
 }  // namespace targets

@@ -74,12 +74,18 @@ class ElfProgram final : public LabelSource {
   [[nodiscard]] std::string CurrentFile() const override;
   [[nodiscard]] bool CurrentFileIsAssembly() const override;
   std::optional<Label> FindLabel(std::string_view name) override;
+  std::optional<NamedObject> FindObject(std::string_view name) override;
   bool HasType(std::string_view name) override;
   std::optional<DataLableType> FindType(std::string_view name) override;
   bool IsIncomplete(std::string_view name) override;
   [[nodiscard]] const std::vector<MemberRemark>& Remarks() const override;
   void ListLabels(const std::function<void(const Listing&)>& visit) override;
   void ListTypes(const std::function<void(const Listing&)>& visit) override;
+  const TypeShape* Shape(TypeNumber type) override;
+  TypeNumber FindShape(std::string_view name) override;
+  std::optional<NearestLabel> LabelAt(std::uint64_t address) override;
+  void VisitLabelNames(const std::function<void(std::string_view)>& visit) override;
+  void VisitTypeNames(const std::function<void(std::string_view)>& visit) override;
 
  private:
   struct Parts;

@@ -109,6 +109,8 @@ void ElfSymbols::ReadTable(Elf_Scn* section, const GElf_Shdr& header) {
     entry.isThreadLocal = type == STT_TLS;
     entry.isGlobal = GELF_ST_BIND(symbol.st_info) != STB_LOCAL;
     entry.value = symbol.st_value;
+    entry.size = symbol.st_size;
+    entry.section = symbol.st_shndx;
     // The lowest bit of an ARM function symbol says "Thumb" and is no part of the address.
     if (entry.isFunction && file_.Header().e_machine == EM_ARM) entry.value &= ~std::uint64_t{1};
     if (!entry.isGlobal) entry.file = file;

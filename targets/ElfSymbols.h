@@ -15,6 +15,8 @@ namespace targets {
 /// A defined symbol.
 struct ElfSymbol {
   std::uint64_t value = 0;
+  std::uint64_t size = 0;     ///< in bytes; 0 when the table does not say
+  std::uint16_t section = 0;  ///< its number, or one of the numbers that stand for none
   bool isFunction = false;
   bool isThreadLocal = false;
   bool isGlobal = false;

@@ -1,6 +1,7 @@
 #include "targets/LabelChoice.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "targets/DwarfText.h"
 #include "targets/Error.h"
@@ -16,9 +17,24 @@ namespace {
 }  // namespace
 
 std::optional<Label> LabelChoice::Find(std::string_view name, IndexTable& table) {
+  const std::optional<Candidate> chosen = Choose(name, table);
+  return chosen ? std::optional(Make(name, *chosen)) : std::nullopt;
+}
+
+std::optional<NamedObject> LabelChoice::FindObject(std::string_view name, IndexTable& table) {
+  const std::optional<Candidate> chosen = Choose(name, table);
+  if (!chosen || chosen->entry.kind != EntryKind::kVariable) return std::nullopt;
+  if (chosen->place.kind == Place::Kind::kNowhere) CannotStandFor(name, chosen->place.reason);
+  if (chosen->place.kind != Place::Kind::kAddress) return std::nullopt;
+  const TypeRecord& type = types_.OfObject(file_.At(chosen->entry.die));
+  return NamedObject{chosen->place.value, type.record.TypeNumber};
+}
+
+std::optional<LabelChoice::Candidate> LabelChoice::Choose(std::string_view name,
+                                                          IndexTable& table) const {
   std::vector<Candidate> candidates = Candidates(name, table);
   if (candidates.empty()) return std::nullopt;
-  if (candidates.size() == 1) return Make(name, candidates.front());
+  if (candidates.size() == 1) return std::move(candidates.front());
   std::vector<std::string_view> files;
   for (const Candidate& candidate : candidates) {
     files.push_back(units_.At(candidate.entry.unit).source);

@@ -28,6 +28,10 @@ class LabelChoice {
   /// `kBrokenInfo`.
   std::optional<Label> Find(std::string_view name, IndexTable& table);
 
+  /// The place of the variable called `name` that `table` defines, whatever its type. Errors as
+  /// above.
+  std::optional<NamedObject> FindObject(std::string_view name, IndexTable& table);
+
   /// Does `table` define such a label?
   static bool Defines(std::string_view name, IndexTable& table);
 
@@ -51,6 +55,7 @@ class LabelChoice {
   [[nodiscard]] Place PlaceOf(const IndexEntry& entry) const;
   [[nodiscard]] Place PlaceOfEnumerator(const Dwarf_Die& die) const;
   std::vector<Candidate> Candidates(std::string_view name, IndexTable& table) const;
+  std::optional<Candidate> Choose(std::string_view name, IndexTable& table) const;
   Label Make(std::string_view name, const Candidate& candidate);
   [[nodiscard]] std::uint64_t ConstantValue(std::string_view name, const IndexEntry& entry,
                                             std::uint64_t raw);

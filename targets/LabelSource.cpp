@@ -14,6 +14,12 @@ bool LabelSource::IsIncomplete(std::string_view /*name*/) {
   return false;
 }
 
+std::optional<NamedObject> LabelSource::FindObject(std::string_view name) {
+  const std::optional<Label> label = FindLabel(name);
+  if (!label || !label->typed) return std::nullopt;
+  return NamedObject{label->value, label->type.TypeNumber};
+}
+
 const TypeShape* LabelSource::Shape(TypeNumber /*type*/) {
   return nullptr;
 }

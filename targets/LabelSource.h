@@ -74,6 +74,10 @@ class LabelSource {
   /// ambiguous, cannot be represented, or its description is broken.
   virtual std::optional<Label> FindLabel(std::string_view name) = 0;
 
+  /// An object by its name, of whatever type: also one that no record can stand for, and whose
+  /// label therefore cannot be had. Nothing when the name stands for no object. Throws `Error`.
+  virtual std::optional<NamedObject> FindObject(std::string_view name);
+
   /// Does `name` name a type? `name` is the `base` of a type name as `CanonicalTypeName` gives it
   /// (`unsigned int`, `struct node`, `node_t`), or the name of a record out of a `NestedTypes` list
   /// of this source. Cheap: builds no record.

@@ -76,6 +76,11 @@ void LoadedProgram::VisitTypeNames(const std::function<void(std::string_view)>& 
   });
 }
 
+std::optional<NamedObject> LoadedProgram::FindObject(std::string_view name) {
+  if (auto object = Current().FindObject(name)) return object;
+  return LabelSource::FindObject(name);
+}
+
 const TypeShape* LoadedProgram::Shape(TypeNumber type) {
   const std::size_t index = type == 0 ? modules_.size() : ModuleOfType(type);
   ElfProgram* const program = index < modules_.size() ? Open(index) : nullptr;

@@ -58,6 +58,7 @@ class LoadedProgram final : public LabelSource {
   [[nodiscard]] const std::vector<MemberRemark>& Remarks() const override;
   void ListLabels(const std::function<void(const Listing&)>& visit) override;
   void ListTypes(const std::function<void(const Listing&)>& visit) override;
+  std::optional<NamedObject> FindObject(std::string_view name) override;
   const TypeShape* Shape(TypeNumber type) override;
   TypeNumber FindShape(std::string_view name) override;
   std::optional<NearestLabel> LabelAt(std::uint64_t address) override;

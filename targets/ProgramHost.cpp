@@ -56,11 +56,6 @@ std::string GapText(MemoryGap gap) {
   return "";
 }
 
-Error Unreadable(std::uint64_t address, std::uint8_t space, MemoryGap gap) {
-  return {ErrorCode::kUnreadable,
-          "cannot read memory at " + AddressText(address, space) + GapText(gap)};
-}
-
 std::uint64_t Assemble(const std::array<std::byte, 8>& bytes, std::size_t size, ByteOrder order) {
   std::uint64_t value = 0;
   for (std::size_t i = 0; i < size; ++i) {
@@ -78,6 +73,11 @@ std::string Decimal(Number value) {
 }
 
 }  // namespace
+
+Error UnreadableMemory(std::uint64_t address, std::uint8_t space, MemoryGap gap) {
+  return {ErrorCode::kUnreadable,
+          "cannot read memory at " + AddressText(address, space) + GapText(gap)};
+}
 
 void ProgramHost::StartResolution() {
   failure_.reset();
@@ -107,7 +107,7 @@ bool ProgramHost::Fetch(std::uint64_t address, std::uint8_t space, std::uint32_t
   try {
     const MemoryRead read = memory_.Read(address, space, std::span(fetched_.bytes).first(size));
     fetchedAny_ = read.size != 0;
-    if (!fetchedAny_) Remember(Unreadable(address, space, read.gap));
+    if (!fetchedAny_) Remember(UnreadableMemory(address, space, read.gap));
   } catch (const Error& error) {
     Remember(error);
   }

@@ -22,6 +22,9 @@ struct MemoryAccess {
   std::uint8_t space = 0;
 };
 
+/// `kUnreadable`, with the address and, where there is more to say than that, the reason.
+Error UnreadableMemory(std::uint64_t address, std::uint8_t space, MemoryGap gap);
+
 /// A resolver's host made of two parts: where labels and types come from, and where memory comes
 /// from. Both are borrowed and must outlive it.
 ///

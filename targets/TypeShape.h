@@ -53,14 +53,30 @@ struct TypeShape {
   std::string name;
   std::uint64_t size = 0;  ///< in bytes, exact; 0 when it is not known
   bool isSigned = false;   ///< of an integer, character or enumeration
+  /// Of a character: its arrays hold text. Those of `unsigned char` and `signed char` hold numbers.
+  bool isText = false;
+  /// Of a floating type: it has the extended format of x86 in its first 10 bytes; else it is a
+  /// binary format of IEEE 754 of that size.
+  bool isExtended = false;
+  /// Of the number that the record of a bit-field carries, whose other entries are those of the
+  /// bits' type: the place of the bits as in `FieldShape`, counted from the record's address.
+  /// 0 bits: no bit-field.
+  std::uint32_t bits = 0;
+  std::uint32_t firstBit = 0;
   /// Declared, but defined nowhere that is known: it has no fields, and no size.
   bool isIncomplete = false;
   /// What a pointer points to, or an array's element. Rows are elements of their own.
   TypeNumber target = 0;
   /// Elements of an array; nothing when it is not known.
-  std::optional<std::uint64_t> count;
-  std::vector<FieldShape> fields;            ///< in the order of the source
-  std::vector<EnumeratorShape> enumerators;  ///< in the order of the source
+  std::optional<std::uint64_t> count = std::nullopt;
+  std::vector<FieldShape> fields = {};            ///< in the order of the source
+  std::vector<EnumeratorShape> enumerators = {};  ///< in the order of the source
+};
+
+/// An object with a name.
+struct NamedObject {
+  std::uint64_t address = 0;  ///< run-time address
+  TypeNumber type = 0;
 };
 
 /// A label and how far behind it an address lies.

@@ -6,6 +6,9 @@
 
 enum color { RED, GREEN = 5, BLUE, NIGHT = -1 };
 
+/* Flags, which are combined. */
+enum access { READ = 1, WRITE = 2, EXECUTE = 4 };
+
 struct inner {
   int x;
   int y;
@@ -74,12 +77,31 @@ typedef struct {
   int year;
 } date_t;
 
+/* Bit-fields of several types. */
+struct status {
+  _Bool busy : 1;
+  enum color hue : 4;
+  unsigned short code : 11;
+  long long stamp : 40;
+};
+
+typedef int (*step_t)(int);
+
+/* One that the others are made of. */
+struct device {
+  const char* label;
+  enum access rights;
+  struct status status;
+  step_t calls[2];
+  short grid[2][2];
+  struct device* parent;
+};
+
 /* A structure that only another program knows the inside of. */
 struct sealed;
 
 typedef unsigned char octet;
 typedef struct pair pair_t;
-typedef int (*step_t)(int);
 
 /* scalars.c */
 extern _Bool on;
@@ -133,6 +155,25 @@ extern struct sealed* vault;
 extern int* none;
 extern int* astray;
 extern int shapes(void);
+
+/* views.c */
+extern enum access rights;
+extern enum access odd;
+extern struct status status;
+extern char tabs[16];
+extern char binary[6];
+extern const char* text;
+extern const char* cafe;
+extern const char* lost;
+extern octet bytes[4];
+extern int zeros[300];
+extern struct device bus;
+extern struct device disk;
+extern struct device* devices[2];
+#ifdef __SIZEOF_INT128__
+extern __int128 least;
+extern unsigned __int128 most;
+#endif
 
 /* list.c */
 extern struct node third;

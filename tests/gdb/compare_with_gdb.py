@@ -109,7 +109,8 @@ def is_64_bit(program):
 
 
 def ask_resolve(resolve, program, expression):
-    done = subprocess.run([resolve, program, expression], capture_output=True, text=True)
+    done = subprocess.run([resolve, "--plain", program, expression], capture_output=True,
+                          text=True)
     if done.returncode == 0:
         return done.stdout.strip()
     return done.stderr.strip().removeprefix(f"resolve: {expression}: ")

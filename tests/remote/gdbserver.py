@@ -118,5 +118,22 @@ def lost_half_way(command, folder):
                ("", f"resolve: the connection was closed by the stub at '{path}'\n", 2))
 
 
+def interrupted(command, folder):
+    """A signal ends the command, and the process goes on all the same."""
+    program = folder / PROGRAMS[0]
+    for number in (signal.SIGINT, signal.SIGTERM):
+        with target(program) as child:
+            with gdbserver("--once", "--attach", "PORT", child.pid) as address:
+                with process(command, "--remote", address, program, "-", stdin=subprocess.PIPE,
+                             stdout=subprocess.PIPE, bufsize=0) as run:
+                    run.stdin.write(b"x\n")
+                    expect(stubs.line_of(run.stdout), "42\n")
+                    expect(state(child.pid), "t")
+                    run.send_signal(number)
+                    expect(run.wait(stubs.PATIENCE), -number)
+                assert is_alive(child)
+
+
 stubs.run_checks([attached, started, unreadable, left_stopped, over_a_unix_socket, another_program,
+                  interrupted,
                   lost_half_way], sys.argv[1], pathlib.Path(sys.argv[2]))

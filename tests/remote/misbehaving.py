@@ -5,12 +5,14 @@ line, and an end.
 usage: misbehaving.py RESOLVE PROGRAM
 """
 import re
+import signal
 import socket
+import subprocess
 import sys
 import time
 
 import stubs
-from stubs import expect, frame, listening, packets, resolve
+from stubs import expect, frame, listening, packets, process, resolve
 
 
 def answering(answers, rest=None):
@@ -100,6 +102,26 @@ def slow(command, program):
                    ("42\n", "", 0))
 
 
+def interrupted(command, program):
+    """A signal ends the wait for a stub that never answers, which is still told to go on."""
+    heard = []
+
+    def serve(connection):
+        run = runs[0]
+        for request in packets(connection):
+            heard.append(request)
+            if request == b"qSupported":
+                run.send_signal(signal.SIGINT)
+
+    runs = []
+    with listening(serve) as path:
+        with process(command, "--timeout", "100", "--remote", path, program, "x",
+                     stdin=subprocess.PIPE, stderr=subprocess.PIPE) as run:
+            runs.append(run)
+            expect(run.wait(stubs.PATIENCE), -signal.SIGINT)
+    expect(heard, [b"qSupported", b"D"])
+
+
 def nobody(command, program):
     """Addresses that lead nowhere, and words that are none."""
     with socket.socket() as taken:
@@ -111,7 +133,7 @@ def nobody(command, program):
     expect(resolve(command, "--remote", "/nowhere/at/all", program, "x"),
            ("", "resolve: there is no socket '/nowhere/at/all'\n", 2))
     expect(resolve(command, "--remote", "host", program, "x"),
-           ("", "resolve: --remote takes HOST:PORT or the path of a socket, not host; "
+           ("", "resolve: --remote takes HOST:PORT or the path of a socket, not 'host'; "
             "see resolve --help\n", 2))
     out, err, code = resolve(command, "--timeout", "20", "--remote", "no.such.host.invalid:1",
                              program, "x")
@@ -125,4 +147,4 @@ def program_first(command, program):
            ("", "resolve: there is no file 'missing'\n", 2))
 
 
-stubs.run_checks([*map(stub_that, ROWS), slow, nobody, program_first], *sys.argv[1:3])
+stubs.run_checks([*map(stub_that, ROWS), slow, interrupted, nobody, program_first], *sys.argv[1:3])

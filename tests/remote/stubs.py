@@ -37,9 +37,9 @@ def process(*words, **more):
 
 
 def resolve(command, *arguments, **more):
-    """What a run of the command gives: its output, its errors, its status."""
-    done = subprocess.run([str(command), *map(str, arguments)], capture_output=True, text=True,
-                          timeout=PATIENCE, **{"stdin": subprocess.DEVNULL, **more})
+    """What a run of the command gives, with plain numbers: its output, its errors, its status."""
+    done = subprocess.run([str(command), "--plain", *map(str, arguments)], capture_output=True,
+                          text=True, timeout=PATIENCE, **{"stdin": subprocess.DEVNULL, **more})
     return done.stdout, done.stderr, done.returncode
 
 

@@ -158,6 +158,19 @@ TEST(SizeofType, IsTheSizeThatTheHostGives) {
   }
 }
 
+/// The size may be longer than all that it stands for.
+TEST(SizeofType, SizesOfTenDigits) {
+  FakeHost host;
+  LoadProgram(host);
+  DataLableType large;
+  large.Size = 4'294'967'295U;
+  host.AddType("L", large);
+  EXPECT_EQ(Resolve(host, "sizeof(L)"), "4294967295/8");
+  std::string sum = "i-i+sizeof( i )+sizeof(L)";
+  for (int n = 0; n < 40; ++n) sum += "+sizeof(L)-sizeof(L)+sizeof i";
+  EXPECT_EQ(Resolve(host, sum + "*(sizeof(L)-4294967294)"), "4294967459/8");
+}
+
 TEST(SizeofType, CountsPointersInTheTargetsSize) {
   for (const std::uint32_t pointerSize : {2U, 4U, 8U}) {
     FakeHost host("main.c", pointerSize);

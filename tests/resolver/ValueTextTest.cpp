@@ -126,6 +126,12 @@ TEST(ValueText, ReadsRandomTextsLikeAStream) {
   }
 }
 
+void CheckWritten(double value) {
+  std::string text = "what stood there";
+  resolver::WriteFloating(value, &text);
+  EXPECT_EQ(text, ToStream(value)) << "value: " << value;
+}
+
 TEST(ValueText, WritesLikeAStream) {
   for (const std::uint64_t value :
        {std::uint64_t{0}, std::uint64_t{7}, std::uint64_t{1} << 63U, ~std::uint64_t{0}}) {
@@ -136,13 +142,32 @@ TEST(ValueText, WritesLikeAStream) {
        {0.0,     -0.0,        1.0,      1.5,       -1.5,     0.1,      1.0 / 3,  2.0 / 3,
         99999.0, 999999.0,    999999.5, 1000000.0, 1e5,      1e6,      1e10,     1e-4,
         1e-5,    123456789.0, 1e100,    1e308,     4.9e-324, infinity, -infinity}) {
-    EXPECT_EQ(resolver::WriteFloating(value), ToStream(value)) << "value: " << value;
+    CheckWritten(value);
   }
   std::mt19937_64 random(8);
   std::uniform_real_distribution<double> mantissa(-10, 10);
   for (int n = 0; n < 5000; ++n) {
     const double value = mantissa(random) * std::pow(10.0, static_cast<int>(random() % 40) - 20);
-    EXPECT_EQ(resolver::WriteFloating(value), ToStream(value)) << "value: " << value;
+    CheckWritten(value);
+  }
+}
+
+TEST(ValueText, RoundsAtTheSixthDigitLikeAStream) {
+  std::mt19937_64 random(9);
+  for (int n = 0; n < 20000; ++n) {
+    const double scale = std::pow(10.0, static_cast<int>(random() % 12) - 6);
+    // A tie where the quotient is exact, and what lies beside it; multiples of a power of two,
+    // among which are the exact ties; powers of ten.
+    const double tie = (static_cast<double>(random() % 1'000'000) + 0.5) * scale;
+    const double binary =
+        std::ldexp(static_cast<double>(random() % 10'000'000), -static_cast<int>(random() % 24));
+    for (const double value : {tie, binary, scale}) {
+      CheckWritten(value);
+      CheckWritten(-std::nextafter(value, 0.0));
+      CheckWritten(std::nextafter(value, 1e30));
+      CheckWritten(static_cast<double>(static_cast<float>(value)));
+    }
+    if (HasFailure()) return;
   }
 }
 

@@ -35,9 +35,9 @@ def running(program, *words, **more):
 
 
 def resolve(command, *arguments, **more):
-    """What a run of the command gives."""
-    return subprocess.run([command, *map(str, arguments)], capture_output=True, text=True,
-                          stdin=subprocess.DEVNULL, timeout=PATIENCE, **more)
+    """What a run of the command gives, with plain numbers."""
+    return subprocess.run([command, "--plain", *map(str, arguments)], capture_output=True,
+                          text=True, stdin=subprocess.DEVNULL, timeout=PATIENCE, **more)
 
 
 class Dialogue:

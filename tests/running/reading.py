@@ -31,7 +31,7 @@ def check_answers(command, process, *options):
 
 
 def address(command, process, expression):
-    return int(resolve(command, "--pid", process, expression).stdout)
+    return int(resolve(command, "--plain", "--pid", process, expression).stdout)
 
 
 def answers(command, folder):

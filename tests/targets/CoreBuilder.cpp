@@ -60,7 +60,8 @@ CoreBuilder& CoreBuilder::AddProcess() {
   return *this;
 }
 
-CoreBuilder& CoreBuilder::Load(const std::string& path, std::uint64_t loadBias, Access others) {
+CoreBuilder& CoreBuilder::Load(const std::string& path, std::uint64_t loadBias, Access others,
+                               std::size_t beginning) {
   const targets::ElfFile file(path);
   std::size_t count = 0;
   elf_getphdrnum(file.Handle(), &count);
@@ -83,7 +84,8 @@ CoreBuilder& CoreBuilder::Load(const std::string& path, std::uint64_t loadBias, 
       Add(start + loadBias, bytes);
       if (end > fileEnd) Add(fileEnd + loadBias, "", end - fileEnd);
     } else {
-      Add(start + loadBias, bytes.substr(0, header.p_offset == 0 ? kPage : 0), end - start, others);
+      Add(start + loadBias, bytes.substr(0, header.p_offset == 0 ? beginning : 0), end - start,
+          others);
     }
     AddMapping({start + loadBias, fileEnd + loadBias, fileStart, path});
   }

@@ -41,8 +41,10 @@ class CoreBuilder {
   /// A note of a process.
   CoreBuilder& AddProcess();
   /// Loads the program or library `path` in pages of 4 KiB, with a mapping for each segment. The
-  /// dump holds its writable segments whole, and of `others` the first page.
-  CoreBuilder& Load(const std::string& path, std::uint64_t loadBias, Access others = Access::kRead);
+  /// dump holds its writable segments whole, and of the others, to which the process had this
+  /// access, the beginning of the first.
+  CoreBuilder& Load(const std::string& path, std::uint64_t loadBias, Access others = Access::kRead,
+                    std::size_t beginning = 4096);
 
   /// `value` as the target holds it.
   [[nodiscard]] std::string Number(std::uint64_t value, std::size_t size) const;

@@ -1,8 +1,11 @@
 #include <elf.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 
+#include "contract/LabelContract.h"
+#include "contract/MemoryContract.h"
 #include "targets/CoreDump.h"
 #include "targets/LoadedProgram.h"
 #include "tests/targets/CoreBuilder.h"
@@ -77,6 +80,31 @@ TEST(CoreDump, IsOpenedWithItsProgramAndLibraries) {
   }
 }
 
+TEST(CoreDump, KeepsThePromisesOfItsParts) {
+  const TestFolder folder;
+  for (const Machine& machine : Machines()) {
+    const std::string program = FixturePath("user" + machine.suffix);
+    CoreDump dump(folder.Write("core", UserCore(machine, program).Bytes()));
+    LoadedProgram labels(dump.Program(), dump.Libraries(), "");
+    contract::KnownLabels known;
+    const auto address = [&](const char* name) { return labels.FindLabel(name)->value; };
+    const auto variable = targets::LabelKind::kVariable;
+    known.labels = {{"own", variable, address("own"), true, 4},
+                    {"first", variable, address("first"), true, machine.suffix.empty() ? 24U : 16U},
+                    {"LIBRARY_LIMIT", targets::LabelKind::kEnumerator, 9},
+                    {"main", targets::LabelKind::kFunction, address("main")}};
+    known.types = {"int", "struct opaque", "struct pair"};
+    EXPECT_EQ(contract::CheckLabelSource(labels, known), std::vector<std::string>());
+    contract::KnownMemory memory;
+    memory.address = address("greeting");
+    for (const char byte : {'g', 'o', 'o', 'd', ' ', 'd', 'a', 'y', '\0'}) {
+      memory.bytes.push_back(static_cast<std::byte>(byte));
+    }
+    memory.gaps = {{0, targets::MemoryGap::kNotThere}, {0x1000, targets::MemoryGap::kNotThere}};
+    EXPECT_EQ(contract::CheckMemorySource(dump.Memory(), memory), std::vector<std::string>());
+  }
+}
+
 TEST(CoreDump, LeadsFromADeclarationToTheLibrary) {
   const TestFolder folder;
   const Machine machine = Machines().front();
@@ -89,6 +117,27 @@ TEST(CoreDump, LeadsFromADeclarationToTheLibrary) {
   LoadedProgram labels(dump.Program(), dump.Libraries(), "");
   const std::string pointer = "(*(struct opaque**)" + std::to_string(heap) + ")->depth";
   EXPECT_EQ(Evaluate(labels, dump.Memory(), pointer), "8/4");
+}
+
+TEST(CoreDump, TakesHeadersThatWereNotSavedFromFilesThatAreOlder) {
+  const TestFolder folder;
+  const std::string library = folder.Path("libuser.so");
+  std::filesystem::copy(FixturePath("libuser.so"), library);
+  CoreBuilder builder(CoreBuilder::X64());
+  const Machine machine = Machines().front();
+  const auto others = CoreBuilder::Access::kRead;
+  builder.Load(FixturePath("user"), machine.programBias, others, 0);
+  builder.Load(library, machine.libraryBias, others, 0);
+  builder.AddProcess().AddAuxiliary(AT_PHDR, machine.programBias + machine.headers);
+  const std::string core = folder.Write("core", builder.Bytes());
+  const CoreDump dump(core);
+  EXPECT_EQ(dump.Program().loadBias, machine.programBias);
+  ASSERT_EQ(dump.Libraries().size(), 1U);
+  EXPECT_EQ(dump.Libraries().front().loadBias, machine.libraryBias);
+  // Not from one that may have been built anew.
+  std::filesystem::last_write_time(library,
+                                   std::filesystem::last_write_time(core) + std::chrono::hours(1));
+  EXPECT_TRUE(CoreDump(core).Libraries().empty());
 }
 
 TEST(CoreDump, FindsOutWhereTheProgramWasLoaded) {

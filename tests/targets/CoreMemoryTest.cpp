@@ -88,6 +88,20 @@ TEST(CoreMemory, HoldsWhatItsSegmentsHold) {
   }
 }
 
+TEST(CoreMemory, HasOverlappingSegmentsWhole) {
+  const TestFolder folder;
+  CoreBuilder builder(CoreBuilder::X64());
+  builder.Add(0x1002, "CDEFGH").Add(0x1000, "abcd").Add(0x1000, "XYZ", 6).Add(0x1001, "Q", 16);
+  const ElfFile file(folder.Write("core", builder.Bytes()), ElfFile::Use::kCoreDump);
+  CoreMemory memory(file, {});
+  // The second segment, the end of the third, of the fourth, and the rest is hidden.
+  ExpectReads(memory, {{0x1000, 5, "abcd, not saved"},
+                       {0x1005, 1, ", not saved"},
+                       {0x1006, 2, ", not saved"},
+                       {0x1010, 1, ", not saved"},
+                       {0x1011, 1, ", not there"}});
+}
+
 TEST(CoreMemory, LacksWhatWasCutOff) {
   const TestFolder folder;
   CoreBuilder builder(CoreBuilder::X64());

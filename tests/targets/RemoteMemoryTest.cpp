@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "contract/MemoryContract.h"
 #include "targets/FetchedBytes.h"
 #include "tests/targets/FakeStub.h"
 
@@ -127,6 +128,20 @@ TEST_F(RemoteMemoryTest, EndsWithTheAddressSpace) {
     Open(row.addressSize);
     EXPECT_EQ(Read(row.address, row.size), "0 not there") << std::hex << row.address;
     EXPECT_EQ(link_->TakeRequests(), row.requests) << std::hex << row.address;
+  }
+}
+
+TEST_F(RemoteMemoryTest, KeepsThePromisesOfEverySource) {
+  contract::KnownMemory known;
+  known.address = 0x1fc0;
+  for (int i = 0; i < 64; ++i) known.bytes.push_back(static_cast<std::byte>(0xc0 + i));
+  known.end = MemoryGap::kNotAllowed;
+  known.gaps = {{0, MemoryGap::kNotThere}, {0x2800, MemoryGap::kNotAllowed}};
+  for (const char* features : {"QStartNoAckMode+", "PacketSize=30", "binary-upload+"}) {
+    for (const std::uint32_t addressSize : {4U, 8U}) {
+      Open(addressSize, features);
+      EXPECT_EQ(contract::CheckMemorySource(*memory_, known), std::vector<std::string>{});
+    }
   }
 }
 

@@ -46,6 +46,9 @@ TEST(Options, EndAtTheProgram) {
       {{"prog", ""}, "prog", {""}},
       {{"prog", "[1]", "{2}", "a,b"}, "prog", {"[1]", "{2}", "a,b"}},
       {{"--file", "a.c", "prog", "x"}, "prog", {"x"}},
+      {{"prog"}, "prog", {}},
+      {{"-v", "prog"}, "prog", {}},
+      {{"prog", "--"}, "prog", {}},
   };
   for (const Expressions& row : rows) {
     const Options options = Read(row.arguments);
@@ -80,12 +83,50 @@ TEST(Options, EndAtTheFirstExpressionOverAProcess) {
   EXPECT_THROW(ReadOptions({"--pid", "7", "--core", "core", "x"}), UsageError);
 }
 
+TEST(Options, NameAStub) {
+  const Options plain = Read({"prog", "x"});
+  EXPECT_FALSE(plain.remote || plain.leaveStopped);
+  EXPECT_EQ(plain.timeout, 5.0);
+  const Options all =
+      Read({"--remote", "[::1]:3333", "--timeout", "0.25", "--leave-stopped", "prog", "x"});
+  EXPECT_EQ(all.remote, "[::1]:3333");
+  EXPECT_EQ(all.timeout, 0.25);
+  EXPECT_TRUE(all.leaveStopped);
+  const std::string noUse = " is of no use without --remote";
+  const std::string seconds = "--timeout takes a number of seconds above 0, up to 86400";
+  const std::vector<std::pair<Words, std::string>> rows = {
+      {{"--timeout", "1", "prog", "x"}, "--timeout" + noUse},
+      {{"--leave-stopped", "prog", "x"}, "--leave-stopped" + noUse},
+      {{"--remote", "board", "prog", "x"},
+       "--remote takes HOST:PORT or the path of a socket, not 'board'"},
+      {{"--remote", ":1", "--timeout", "0", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "-1", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "nan", "prog", "x"}, seconds},
+      {{"--remote", ":1", "--timeout", "1e9", "prog", "x"}, seconds},
+      {{"--remote", ":1", "prog"}, "no expression is given"},
+      {{"--remote", ":1"}, "no program is named"},
+      {{"--remote", ":1", "--pid", "1", "x"}, "--pid excludes --remote"},
+      {{"--remote", ":1", "--core", "core", "x"}, "--core excludes --remote"},
+  };
+  for (const auto& [words, sentence] : rows) {
+    std::string said = "nothing was thrown";
+    try {
+      ReadOptions(words);
+    } catch (const UsageError& error) {
+      said = error.what();
+    }
+    EXPECT_EQ(said, sentence) << Joined(words);
+  }
+}
+
 TEST(Options, AreTakenFromBeforeTheProgram) {
   const Options plain = Read({"prog", "x"});
   EXPECT_FALSE(plain.verbose || plain.exact || plain.file.has_value());
   const Options all = Read({"-v", "--exact", "--file", "a.c", "prog", "x"});
   EXPECT_TRUE(all.verbose && all.exact);
   EXPECT_EQ(all.file, "a.c");
+  EXPECT_FALSE(plain.watch.has_value());
+  EXPECT_EQ(Read({"--watch", "0.5", "prog", "x"}).watch, 0.5);
   EXPECT_EQ(plain.debugFolder, "/usr/lib/debug");
   EXPECT_EQ(Read({"--debug-folder", "symbols", "prog", "x"}).debugFolder, "symbols");
   EXPECT_TRUE(Read({"--verbose", "prog", "x"}).verbose);
@@ -155,9 +196,14 @@ TEST(Options, ThatMakeNoSenseAreNamed) {
       {{}, "no program is named"},
       {{"-v"}, "no program is named"},
       {{"--labels"}, "no program is named"},
-      {{"prog"}, "no expression is given"},
-      {{"-v", "prog"}, "no expression is given"},
-      {{"prog", "--"}, "no expression is given"},
+      {{"--watch", "1", "prog"}, "no expression is given to --watch"},
+      {{"--watch", "1", "prog", "-"},
+       "--watch takes its expressions from the command line, not from standard input"},
+      {{"--watch", "0", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "-1", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "nan", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "86401", "prog", "x"}, "--watch takes 0.01 to 86400 seconds"},
+      {{"--watch", "1", "--labels", "prog"}, "a listing cannot be watched"},
       {{"--bogus", "prog", "x"}, "there is no option --bogus"},
       {{"-q", "prog", "x"}, "there is no option -q"},
       {{"-vq", "prog", "x"}, "there is no option -q"},

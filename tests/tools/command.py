@@ -36,8 +36,13 @@ def pattern(text):
 
 
 def value(expression, text, *options):
-    """The expression has this value, and nothing is said about it."""
-    return Row([*options, "@", expression], stdout=text + "\n")
+    """The expression has this number, and nothing is said about it."""
+    return Row(["--plain", *options, "@", expression], stdout=text + "\n")
+
+
+def shown(expression, text, *options):
+    """The expression is shown like this, by its type; <address> may stand in it."""
+    return Row([*options, "@", expression], stdout=pattern(text + "\n"))
 
 
 def error(expression, message, *options):

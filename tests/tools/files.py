@@ -146,7 +146,7 @@ def without_types(done, name, reason):
               f"resolve: {name}.a: The specified field isn`t found in structure of type; {address}\n"
               f"resolve: nowhere: {reason}\n")
     wanted = (errors, 1)
-    answers = done.stdout.split()
+    answers = done.stdout.splitlines()
     if (done.stderr, done.returncode) != wanted or len(answers) != 2 or answers[1] != "3":
         return f"got {done}, not {wanted}"
     return ""

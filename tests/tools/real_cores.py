@@ -86,7 +86,8 @@ def dump_of_kernel(program, folder):
 
 
 def answers(*arguments):
-    done = run(*arguments)
+    command, *rest = arguments
+    done = run(command, "--plain", *rest)
     return done.stdout.splitlines(), done.stderr
 
 

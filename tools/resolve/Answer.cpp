@@ -3,6 +3,8 @@
 #include <array>
 #include <charconv>
 
+#include "tools/resolve/Printable.h"
+
 namespace tool {
 namespace {
 
@@ -23,7 +25,12 @@ std::string FormatValue(const Answer& answer) {
 
 std::string FormatDetails(const Answer& answer) {
   std::string details = FormatBytes(answer.size);
-  details += answer.floating ? ", floating" : answer.isSigned ? ", signed" : ", unsigned";
+  if (answer.bits != 0) details = ToText(answer.bits) + (answer.bits == 1 ? " bit" : " bits");
+  if (!answer.isNumber) {
+    details.append(", ").append(Printable(answer.typeName));
+  } else {
+    details += answer.floating ? ", floating" : answer.isSigned ? ", signed" : ", unsigned";
+  }
   details += answer.address ? ", at " + FormatAddress(*answer.address) : ", no address";
   return details + ", memory space " + ToText(static_cast<unsigned>(answer.space));
 }

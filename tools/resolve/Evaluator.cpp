@@ -12,6 +12,7 @@
 #include "tools/resolve/ExpressionText.h"
 #include "tools/resolve/Printable.h"
 #include "tools/resolve/ResolverView.h"
+#include "tools/resolve/TypedResult.h"
 
 namespace tool {
 namespace {
@@ -53,24 +54,41 @@ bool TakesAddress(std::string_view text) {
 /// One resolution, from the text that the resolver gets to the outcome.
 class Resolution {
  public:
-  Resolution(targets::LabelSource& labels, WatchingHost& host, std::string text)
+  Resolution(targets::LabelSource& labels, ExplainingHost& host, std::string text)
       : labels_(labels), host_(host), text_(std::move(text)), resolver_(&host) {}
 
-  Outcome Run() {
+  Outcome Run(bool numbersOnly) {
     solved_ = resolver_.SolveStringOfElements(text_);
+    host_.Log().confirmed = solved_ && resolver_.allLabelsConfirmed;
+    TypedResult typed;
+    if (!numbersOnly) typed = ReadType(text_, solved_, resolver_, host_, labels_);
+    whole_ = typed.isWhole;
+    exactFloating_ = typed.isExactFloating;
     if (std::optional<std::string> reason = WhyNotToTrust()) return Failure{*std::move(reason)};
     const std::string& untyped = host_.FirstUntyped();
-    if (!solved_) return Failure{ResolverSentence() + (untyped.empty() ? "" : "; " + untyped)};
-    Answer answer = MakeAnswer();
+    if (!solved_ && !whole_) {
+      return Failure{ResolverSentence() + (untyped.empty() ? "" : "; " + untyped)};
+    }
+    Answer answer = whole_ ? WholeAnswer(typed) : MakeAnswer();
+    if (typed.isBitField) {
+      const targets::TypeShape& shape = ShapeOf(*typed.denoted, labels_);
+      answer.bits = shape.bits;
+      answer.isSigned = shape.isSigned;
+    }
+    answer.denoted = std::move(typed.denoted);
+    // The bits of a bit-field are shown as what they are, but for those that are operands.
+    const std::string own = typed.isBitField ? MemberNames(text_).back() : "";
     for (const targets::MemberRemark& remark : labels_.Remarks()) {
-      if (remark.kind == targets::MemberRemark::Kind::kBitField && Concerns(remark)) {
-        AddNote(BitFieldNote(remark), &answer);
+      if (remark.kind == targets::MemberRemark::Kind::kBitField && remark.member != own &&
+          Concerns(remark)) {
+        AddNote({kBitFieldNote, BitFieldNote(remark)}, &answer);
       }
     }
-    if (resolver_.ObjectType().ExtraFlag && answer.notes.empty()) {
-      AddNote("the value is the whole unit that holds the bits of a bit-field", &answer);
+    if (!whole_ && !typed.isBitField && resolver_.ObjectType().ExtraFlag && answer.notes.empty()) {
+      AddNote({kBitFieldNote, "the value is the whole unit that holds the bits of a bit-field"},
+              &answer);
     }
-    if (!untyped.empty()) AddNote(untyped, &answer);
+    if (!untyped.empty()) AddNote({kUntypedNote, untyped}, &answer);
     return answer;
   }
 
@@ -80,15 +98,16 @@ class Resolution {
     if (const auto& failure = host_.FirstFailure()) {
       // No other expression will fare better.
       if (failure->Code() == targets::ErrorCode::kTargetLost) throw targets::Error(*failure);
-      return failure->what();
+      if (!whole_) return failure->what();
     }
+    if (whole_) return resolver_.HasResult() ? TooLargeOperand() : std::nullopt;
     const bool hasResult = solved_ || resolver_.errorMessage == kFinalReadFailed;
     if (hasResult && IsComposite(resolver_.ObjectType())) {
       return CompositeSentence(resolver_.ObjectType());
     }
     if (auto sentence = TooLargeSentence()) return sentence;
     if (auto sentence = UnknownSizeSentence()) return sentence;
-    if (solved_ && resolver_.resultFloating) return OutsideFloatRange();
+    if (solved_ && resolver_.resultFloating && !exactFloating_) return OutsideFloatRange();
     return std::nullopt;
   }
 
@@ -159,6 +178,12 @@ class Resolution {
     return std::nullopt;
   }
 
+  /// The same about the operands of a whole object, which may be too large itself.
+  std::optional<std::string> TooLargeOperand() const {
+    const bool itself = resolver_.ObjectType().ExtraFlag;
+    return itself ? std::nullopt : TooLargeSentence();
+  }
+
   std::string ResolverSentence() const {
     if (resolver_.errorMessage == kFinalReadFailed) return "the type of the result has no size";
     if (!resolver_.errorMessage.empty()) return resolver_.errorMessage + DottedLabelAdvice();
@@ -179,6 +204,17 @@ class Resolution {
     if (dotted.empty() || !labels_.FindLabel(dotted)) return "";
     return "; `" + dotted +
            "` is one name where the current file is an assembly source, see --file";
+  }
+
+  Answer WholeAnswer(const TypedResult& typed) const {
+    const targets::TypeShape& shape = ShapeOf(*typed.denoted, labels_);
+    Answer answer;
+    answer.isNumber = false;
+    answer.size = shape.size;
+    answer.typeName = shape.name;
+    answer.address = typed.denoted->address;
+    answer.space = typed.denoted->space;
+    return answer;
   }
 
   Answer MakeAnswer() const {
@@ -218,23 +254,28 @@ class Resolution {
            remark.declaration + "); its value is the whole unit that holds the bits";
   }
 
-  static void AddNote(std::string note, Answer* answer) {
+  static void AddNote(NamedNote note, Answer* answer) {
     auto& notes = answer->notes;
-    if (std::find(notes.begin(), notes.end(), note) == notes.end()) {
-      notes.push_back(std::move(note));
-    }
+    const bool there = std::any_of(notes.begin(), notes.end(),
+                                   [&](const NamedNote& other) { return other.text == note.text; });
+    if (!there) notes.push_back(std::move(note));
   }
 
   targets::LabelSource& labels_;
-  WatchingHost& host_;
+  ExplainingHost& host_;
   std::string text_;
   ResolverView resolver_;
   bool solved_ = false;
+  /// The answer is an object that is shown whole, without the resolver's number.
+  bool whole_ = false;
+  /// The answer is a floating number that is not cut to single precision.
+  bool exactFloating_ = false;
 };
 
 }  // namespace
 
 Outcome Evaluator::Evaluate(std::string_view expression) {
+  host_.Log().Start(std::string(expression.substr(0, kLongestExpression)), "");
   if (expression.size() > kLongestExpression) {
     return Failure{"the expression is longer than " + FormatBytes(kLongestExpression)};
   }
@@ -254,8 +295,9 @@ Outcome Evaluator::Evaluate(std::string_view expression) {
   }
   if (text.empty()) return Failure{"the expression is empty"};
   host_.Start();
+  host_.Log().prepared = text;
   try {
-    return Resolution(labels_, host_, std::move(text)).Run();
+    return Resolution(labels_, host_, std::move(text)).Run(numbersOnly_);
   } catch (const targets::Error& error) {
     if (error.Code() == targets::ErrorCode::kTargetLost) throw;
     return Failure{error.what()};

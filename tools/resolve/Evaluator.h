@@ -8,7 +8,8 @@
 #include "targets/LabelSource.h"
 #include "targets/MemorySource.h"
 #include "tools/resolve/Answer.h"
-#include "tools/resolve/WatchingHost.h"
+#include "tools/resolve/ExplainingHost.h"
+#include "tools/resolve/ResolutionLog.h"
 
 namespace tool {
 
@@ -24,8 +25,9 @@ using Outcome = std::variant<Answer, Failure>;
 /// sees anything of the ones before it.
 ///
 /// The resolver goes on where C would stop: it counts what it cannot read as 0, reads the first
-/// bytes of a structure, and takes a bit-field for the unit that holds it. Here those are failures,
-/// or answers with a note.
+/// bytes of a structure, and takes a bit-field for the unit that holds it. Here the first is a
+/// failure; structures, arrays and bit-fields are denoted as what they are, unless only numbers are
+/// asked for. A bit-field that counts in a sum is an answer with a note.
 class Evaluator {
  public:
   enum class Text {
@@ -40,13 +42,20 @@ class Evaluator {
   /// See `targets::ProgramHost::SetWordSize`.
   void SetWordSize(std::uint32_t size) { host_.SetWordSize(size); }
 
+  /// Answers are numbers only, and have nothing `denoted`: what has no number is a failure.
+  void AskForNumbers() { numbersOnly_ = true; }
+
   /// Throws `targets::Error` (`kTargetLost`) when the target is gone, and with it all answers.
   Outcome Evaluate(std::string_view expression);
 
+  /// What the last evaluation was.
+  [[nodiscard]] const ResolutionLog& Log() const { return host_.Log(); }
+
  private:
   targets::LabelSource& labels_;
-  WatchingHost host_;
+  ExplainingHost host_;
   Text text_;
+  bool numbersOnly_ = false;
 };
 
 }  // namespace tool

@@ -25,12 +25,6 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
-/// Part of a label, a number or a keyword. Bytes above 127 are letters of some encoding.
-bool IsNameCharacter(char c) {
-  return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == '$' ||
-         static_cast<unsigned char>(c) > kLastCommonCode;
-}
-
 bool IsSign(char c) {
   return c == '+' || c == '-';
 }
@@ -155,6 +149,11 @@ std::string BetweenSentence(std::string_view left, std::string_view right) {
 }
 
 }  // namespace
+
+bool IsNameCharacter(char c) {
+  return IsDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == '$' ||
+         static_cast<unsigned char>(c) > kLastCommonCode;
+}
 
 std::string PrepareExpression(std::string_view text) {
   return WrapSubscripts(Rewriter(text).Run());

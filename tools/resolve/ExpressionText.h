@@ -36,6 +36,9 @@ std::vector<std::string> MemberNames(std::string_view prepared);
 /// names: of `1+table.first-x` and `table`, `table.first`. Empty when there is none.
 std::string DottedName(std::string_view prepared, std::string_view first);
 
+/// Can `c` be part of a label, a number or a keyword? Bytes above 127 are letters of some encoding.
+bool IsNameCharacter(char c);
+
 /// True when there is nothing in `text` but blanks.
 bool IsBlankText(std::string_view text);
 

@@ -39,7 +39,8 @@ bool MatchesPattern(std::string_view name, std::string_view pattern) {
   return pattern.find_first_not_of('*', p) == std::string_view::npos;
 }
 
-bool WriteListing(const Lister& lister, std::string_view pattern, Output* output) {
+bool WriteListing(const Lister& lister, std::string_view pattern, Output* output,
+                  const std::function<bool()>& stop) {
   std::vector<targets::Listing> entries;
   std::exception_ptr failure;
   try {
@@ -54,6 +55,7 @@ bool WriteListing(const Lister& lister, std::string_view pattern, Output* output
     if (entry.name.size() <= kWidestColumn) column = std::max(column, entry.name.size());
   }
   for (const targets::Listing& entry : entries) {
+    if (stop && stop()) break;
     std::string line = Printable(entry.name);
     if (!entry.detail.empty()) {
       line.append(line.size() < column ? column - line.size() : 0, ' ');

@@ -19,8 +19,10 @@ using Lister = std::function<void(const std::function<void(const targets::Listin
 
 /// Writes the entries whose name matches `pattern`, or all when it is empty, one a line with the
 /// details in a column of their own. False when there is none. An `Error` of the listing passes
-/// through when what came before it is written.
-bool WriteListing(const Lister& lister, std::string_view pattern, Output* output);
+/// through when what came before it is written. `stop` is asked before each line, if given: once it
+/// says so, the rest is left out.
+bool WriteListing(const Lister& lister, std::string_view pattern, Output* output,
+                  const std::function<bool()>& stop = nullptr);
 
 }  // namespace tool
 

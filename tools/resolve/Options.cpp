@@ -1,6 +1,7 @@
 #include "tools/resolve/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -15,19 +16,23 @@ constexpr const char* kDescription =
     "a core dump or a running process.";
 
 constexpr const char* kUsage = R"(Usage: resolve [OPTIONS] PROGRAM EXPRESSION...
-       resolve [OPTIONS] PROGRAM -
-       resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
-       resolve [OPTIONS] --pid PID EXPRESSION...
-       resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
-       resolve [OPTIONS] --describe FILE EXPRESSION...
-       resolve --labels [PATTERN] PROGRAM
-       resolve --types [PATTERN] PROGRAM)";
+  or:  resolve [OPTIONS] PROGRAM -
+  or:  resolve [OPTIONS] PROGRAM
+  or:  resolve [OPTIONS] --core CORE [PROGRAM] EXPRESSION...
+  or:  resolve [OPTIONS] --pid PID EXPRESSION...
+  or:  resolve [OPTIONS] --remote HOST:PORT PROGRAM EXPRESSION...
+  or:  resolve [OPTIONS] --describe FILE EXPRESSION...
+  or:  resolve --labels [PATTERN] PROGRAM
+  or:  resolve --types [PATTERN] PROGRAM
+  or:  resolve --layout TYPE PROGRAM)";
 
 constexpr const char* kFooter =
     R"(PROGRAM is an ELF file with debug information, or at least symbols. Everything
 after it is an expression, also when it begins with "-"; a lone "-" reads
-expressions from standard input, one a line. A PATTERN is matched against whole
-names: "*" stands for any text, "?" for one character; quote it for the shell.
+expressions from standard input, one a line. Without any, a terminal gets a
+prompt, with completion and :help; other input is read as for "-". A PATTERN
+is matched against whole names: "*" stands for any text, "?" for one character;
+quote it for the shell.
 
 With --core, PROGRAM may be left out, since the core dump names it. Where more than
 one word is given, the first is PROGRAM when it is an ELF file. A "--" leaves no
@@ -36,25 +41,61 @@ doubt: before the first expression, with PROGRAM in front of it or without.
 Examples:
   resolve prog 'head->next->v'           a member, through two pointers
   resolve -v prog 'a[i]' '(int)x + 1'    size, sign and address as well
+  resolve prog 'arr[1]' 'head'           a structure, a pointer with its label
+  resolve --count 4 --format x prog p    four elements behind a pointer
   resolve prog '&table' 'sizeof(struct node)'
   resolve --file list.c prog count       the `count` that list.c has for itself
   resolve --labels 'table*' prog         what can be named
   resolve --core core prog 'head->v'     a process that crashed
+  resolve --remote :3333 prog ticks      a board, behind its debug server
   resolve --pid 4711 --stop 'a[i]' i     a running process, held meanwhile
   resolve --memory 0x20000000=ram.bin prog state
   resolve --describe board.toml state    a program that a text file describes
   echo 'a[3]' | resolve prog -
 
 Exit status: 0 when every expression was resolved, 1 when one was not, 2 when
-the command line or the program could not be used, or its process ended.)";
+the command line or the program could not be used, its process ended, or its stub
+was lost.)";
 
 constexpr std::size_t kOptionColumn = 22;
+
+// In seconds. Below, a terminal shows nothing but changes; above, nobody waits.
+constexpr double kShortestWatch = 0.01;
+constexpr double kLongestWatch = 86400.0;
+
+/// The formats in lines that fit beside the options.
+std::string FormatHelp() {
+  constexpr std::size_t kWidth = 48;
+  std::string help;
+  std::string line = "Write values as:";
+  std::string names = FormatNames() + ",";
+  while (!names.empty()) {
+    const std::size_t end = names.find(',') + 1;
+    const std::string name = names.substr(0, end);
+    names.erase(0, std::min(end + 1, names.size()));
+    if (line.size() + 1 + name.size() > kWidth) {
+      help += line + "\n";
+      line = name;
+    } else {
+      line += " " + name;
+    }
+  }
+  line.pop_back();
+  return help + line;
+}
 
 class HelpText : public CLI::Formatter {
  public:
   std::string make_help(const CLI::App* app, std::string, CLI::AppFormatMode mode) const override {
     return std::string(kUsage) + "\n\n" + app->get_description() + "\n" + make_groups(app, mode) +
            "\n" + app->get_footer() + "\n";
+  }
+
+  /// What an option takes. What it cannot stand beside is said when it does.
+  std::string make_option_opts(const CLI::Option* option) const override {
+    const std::string text =
+        option->get_option_text().empty() ? option->get_type_name() : option->get_option_text();
+    return text.empty() ? "" : " " + text;
   }
 };
 
@@ -67,6 +108,10 @@ struct Given {
   std::string description;
   std::vector<std::string> memory;
   std::uint64_t wordSize = 0;
+  std::string notes = "show";
+  bool noNotes = false;
+  std::string format;
+  std::uint64_t count = 0;
 };
 
 void AddNameOptions(CLI::App* app, Options* options, Given* given) {
@@ -82,11 +127,72 @@ void AddNameOptions(CLI::App* app, Options* options, Given* given) {
       ->take_last();
 }
 
-void AddAnswerOptions(CLI::App* app, Options* options) {
+void AddAnswerOptions(CLI::App* app, Options* options, Given* given) {
   app->add_flag("--exact", options->exact,
                 "Hand each text to the resolver untouched: blanks,\n"
                 "subscripts and character constants stay as they are");
   app->add_flag("-v,--verbose", options->verbose, "Add size, signedness, address and memory space");
+  app->add_flag("--explain", options->explain,
+                "Show what was handed to the resolver, what it asked\n"
+                "for, and what it was answered");
+  app->add_flag("--no-notes", given->noNotes,
+                "Do not say where an expression means something else\n"
+                "than in C");
+  app->add_option("--notes", given->notes,
+                  "show, none or error: an expression that meets such a\n"
+                  "difference fails")
+      ->check(CLI::IsMember({"show", "none", "error"}))
+      ->option_text("WHAT")
+      ->take_last();
+  app->add_flag("--json", options->json,
+                "Write one JSON object a line; with --explain, the\n"
+                "steps as well");
+  auto* plain = app->add_flag("--plain", options->plain,
+                              "Print numbers only, whatever the type; what has no\n"
+                              "number is an error then");
+  app->add_option("--format", given->format, FormatHelp())
+      ->type_name("F")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--count", given->count,
+                  "See a pointer, an array or an object as so many\n"
+                  "elements")
+      ->type_name("N")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--watch", options->watch,
+                  "Evaluate again every so many seconds, until Ctrl-C;\n"
+                  "for targets that run")
+      ->type_name("SECONDS")
+      ->take_last();
+  app->add_flag("--explain", options->explain,
+                "Show what was handed to the resolver, what it asked\n"
+                "for, and what it was answered");
+  app->add_flag("--no-notes", given->noNotes,
+                "Do not say where an expression means something else\n"
+                "than in C");
+  app->add_option("--notes", given->notes,
+                  "show, none or error: an expression that meets such a\n"
+                  "difference fails")
+      ->check(CLI::IsMember({"show", "none", "error"}))
+      ->option_text("WHAT")
+      ->take_last();
+  app->add_flag("--json", options->json,
+                "Write one JSON object a line; with --explain, the\n"
+                "steps as well");
+  auto* plain = app->add_flag("--plain", options->plain,
+                              "Print numbers only, whatever the type; what has no\n"
+                              "number is an error then");
+  app->add_option("--format", given->format, FormatHelp())
+      ->type_name("F")
+      ->take_last()
+      ->excludes(plain);
+  app->add_option("--count", given->count,
+                  "See a pointer, an array or an object as so many\n"
+                  "elements")
+      ->type_name("N")
+      ->take_last()
+      ->excludes(plain);
 }
 
 void AddListings(CLI::App* app, Options* options) {
@@ -96,6 +202,10 @@ void AddListings(CLI::App* app, Options* options) {
   app->add_option("--types", options->pattern, "List the types that can be named")
       ->option_text("[PATTERN]")
       ->expected(0, 1)
+      ->excludes(labels);
+  app->add_option("--layout", options->type, "Show offsets, sizes and holes of a type")
+      ->type_name("TYPE")
+      ->take_last()
       ->excludes(labels);
 }
 
@@ -167,7 +277,7 @@ void AddOptions(CLI::App* app, Options* options, Given* given) {
   AddProcessOptions(app, options, given);
   AddRemoteOptions(app, options, given);
   AddMemoryOptions(app, given);
-  AddAnswerOptions(app, options);
+  AddAnswerOptions(app, options, given);
   AddListings(app, options);
 }
 
@@ -178,7 +288,8 @@ void CheckRemoteOptions(const CLI::App& app, const Options& options) {
     }
   }
   if (options.remote && !targets::ReadRemoteAddress(*options.remote)) {
-    throw UsageError("--remote takes HOST:PORT or the path of a socket, not " + *options.remote);
+    throw UsageError("--remote takes HOST:PORT or the path of a socket, not '" + *options.remote +
+                     "'");
   }
   // A day is as good as for ever, and no number that a clock could not take.
   constexpr double kLongest = 86400;
@@ -209,6 +320,26 @@ void TakeTargetOptions(const CLI::App& app, Options* options, Given* given) {
   }
 }
 
+/// Takes over what the library could not check.
+void TakeAnswerOptions(const CLI::App& app, const Given& given, Options* options) {
+  if (app.count("--format") > 0) {
+    const std::optional<Format> format = FormatNamed(given.format);
+    if (!format) {
+      throw UsageError("there is no format " + given.format + "; there are " + FormatNames());
+    }
+    options->format = *format;
+  }
+  if (app.count("--count") > 0) {
+    if (given.count == 0) throw UsageError("--count: at least 1 element is to be shown");
+    options->count = given.count;
+  }
+  if (given.notes == "error") options->notes = Options::Notes::kError;
+  if (given.notes == "none" || given.noNotes) options->notes = Options::Notes::kNone;
+  if (app.count("--labels") > 0) options->task = Options::Task::kListLabels;
+  if (app.count("--types") > 0) options->task = Options::Task::kListTypes;
+  if (app.count("--layout") > 0) options->task = Options::Task::kLayout;
+}
+
 void DescribeCommand(CLI::App* app) {
   app->footer(kFooter);
   app->formatter(std::make_shared<HelpText>());
@@ -217,6 +348,22 @@ void DescribeCommand(CLI::App* app) {
   app->set_version_flag("--version", "resolve " RESOLVE_VERSION, "Print the version and exit");
   // From the first word on, nothing is an option.
   app->prefix_command();
+}
+
+/// Throws when there is nothing to watch, or no sensible time between.
+void CheckWatch(const Options& options) {
+  if (!(*options.watch >= kShortestWatch && *options.watch <= kLongestWatch)) {
+    throw UsageError("--watch takes 0.01 to 86400 seconds");
+  }
+  if (options.task != Options::Task::kEvaluate) throw UsageError("a listing cannot be watched");
+  if (options.json || options.explain) {
+    throw UsageError("--watch shows values only, without --json and --explain");
+  }
+  if (options.expressions.empty()) throw UsageError("no expression is given to --watch");
+  if (options.expressions == std::vector<std::string>{"-"}) {
+    throw UsageError(
+        "--watch takes its expressions from the command line, not from standard input");
+  }
 }
 
 }  // namespace
@@ -236,10 +383,10 @@ std::variant<Options, Information> ReadOptions(const std::vector<std::string>& a
   } catch (const CLI::ParseError& error) {
     throw UsageError(error.what());
   }
-  if (app.count("--labels") > 0) options.task = Options::Task::kListLabels;
-  if (app.count("--types") > 0) options.task = Options::Task::kListTypes;
+  TakeAnswerOptions(app, given, &options);
   TakeTargetOptions(app, &options, &given);
   TakeWords(app.remaining(), &options);
+  if (options.watch) CheckWatch(options);
   return options;
 }
 

@@ -26,7 +26,8 @@ bool IsShown(char32_t code) {
   return !control && !lineEnd && !direction && !surrogate && code <= 0x10FFFF;
 }
 
-/// Length of the character at the start of a non-empty text, 0 when it is not to be shown.
+}  // namespace
+
 std::size_t ShownCharacter(std::string_view text) {
   const auto first = static_cast<unsigned char>(text.front());
   for (const SequenceKind& kind : kSequenceKinds) {
@@ -42,6 +43,8 @@ std::size_t ShownCharacter(std::string_view text) {
   }
   return 0;
 }
+
+namespace {
 
 std::string Escaped(char c) {
   constexpr std::string_view kDigits = "0123456789abcdef";

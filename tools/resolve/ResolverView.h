@@ -2,6 +2,7 @@
 #define STRINGRESOLVER_TOOLS_RESOLVE_RESOLVERVIEW_H
 
 #include "resolver/StringParametersResolving.h"
+#include "targets/LabelSource.h"
 
 namespace tool {
 
@@ -10,6 +11,9 @@ namespace tool {
 class ResolverView : public TStringResolver {
  public:
   using TStringResolver::TStringResolver;
+
+  /// Did any resolution leave a result block?
+  [[nodiscard]] bool HasResult() const { return !areaBlocks.empty(); }
 
   /// The result block before its final read. Only after a resolution that came so far.
   [[nodiscard]] const AreaBlock& Result() const { return areaBlocks.front(); }
@@ -21,6 +25,19 @@ class ResolverView : public TStringResolver {
     if (type->IsAddress) type = &First(*type);
     while (type->IsArray) type = &First(*type);
     return *type;
+  }
+
+  /// What the result's type points to.
+  [[nodiscard]] const DataLableType& Pointee() const { return First(Result().Type); }
+
+  /// Is the result the address that a subscript of an array gives, whose type is still that of an
+  /// array? Its number is the element's.
+  [[nodiscard]] bool IsSubscripted(targets::LabelSource& labels) const {
+    const DataLableType& type = Result().Type;
+    if (type.TypeNumber == 0 || !type.IsPointer || type.IsArray) return false;
+    const DataLableType& array = First(type);
+    const targets::TypeShape* const shape = labels.Shape(array.TypeNumber);
+    return array.IsArray && shape != nullptr && shape->target == type.TypeNumber;
   }
 
   /// Does the result's address hold an array?

@@ -25,7 +25,12 @@ class WatchingHost : public targets::ProgramHost {
   /// The floating number read last, as exactly as the target holds it.
   [[nodiscard]] double LastFloating() const { return lastFloating_; }
 
+  /// Did the first failure come with the last call of all?
+  [[nodiscard]] bool FailedLast() const { return failedLast_; }
+
+  bool CheckAddress(std::uint64_t address, std::uint8_t memorySpace) override;
   DataLableType GetTypeDescription(std::string typeName, bool* unknown) override;
+  std::uint64_t FindLabel(const char* text, bool* undefined, bool* confirmed) override;
   void ReadMemory(std::uint64_t first, std::uint64_t last, std::uint16_t memorySpace,
                   std::uint8_t count, std::string* text, std::uint32_t step, bool isFloat,
                   bool isDouble) override;
@@ -33,6 +38,7 @@ class WatchingHost : public targets::ProgramHost {
  private:
   std::set<std::string> described_;
   double lastFloating_ = 0.0;
+  bool failedLast_ = false;
 };
 
 }  // namespace tool

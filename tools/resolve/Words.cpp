@@ -66,7 +66,7 @@ void TakeWords(std::vector<std::string> words, Options* options) {
   }
   if (words.empty() && unsaid == FirstWord::kIsProgram) throw UsageError("no program is named");
   if (first == FirstWord::kMayBeEither) {
-    const bool isProgram = lists || (words.size() > 1 && IsElfFile(words.front()));
+    const bool isProgram = lists || (!words.empty() && IsElfFile(words.front()));
     first = isProgram ? FirstWord::kIsProgram : FirstWord::kIsNoProgram;
   }
   if (first == FirstWord::kIsProgram && !words.empty()) {
@@ -74,12 +74,14 @@ void TakeWords(std::vector<std::string> words, Options* options) {
     words.erase(words.begin());
   }
   options->expressions = std::move(words);
+  if (options->task == Options::Task::kLayout && !options->expressions.empty()) {
+    throw UsageError("a layout takes no expressions");
+  }
   if (lists && !options->expressions.empty()) {
     throw UsageError(unsaid == FirstWord::kIsNoProgram
                          ? "a listing takes no expressions"
                          : "a listing takes no expressions; its pattern stands before the program");
   }
-  if (!lists && options->expressions.empty()) throw UsageError("no expression is given");
 }
 
 }  // namespace tool

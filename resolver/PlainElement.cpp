@@ -1,0 +1,90 @@
+// The short way from an element to its blocks, for what nearly every element is: operands with
+// operators between them, where an operand is a name, a number, either with brackets behind it, or
+// a sub-result. What the lexer and the relation pass do in several walks over texts of each block
+// is done in one, and nothing is asked or said: any other element is left to them from its start.
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "resolver/BinaryRow.h"
+#include "resolver/CharacterClass.h"
+#include "resolver/Markers.h"
+#include "resolver/Operators.h"
+#include "resolver/StringParametersResolving.h"
+#include "resolver/SubResult.h"
+
+namespace {
+
+/// Takes the operators off the front of `*text`, up to an operand or the opening of a sub-result.
+std::string_view TakeOperators(std::string_view* text, unsigned delimiters) {
+  std::size_t count = 0;
+  for (; count < text->size() && resolver::IsOf((*text)[count], delimiters); ++count) {
+    if ((*text)[count] == resolver::kSubResultStart[0] &&
+        text->substr(count).starts_with(resolver::kSubResultStart)) {
+      break;
+    }
+  }
+  const std::string_view operators = text->substr(0, count);
+  text->remove_prefix(count);
+  return operators;
+}
+
+/// Could a part of the operators be taken for a fence, together with what is around them?
+bool MayHoldFence(std::string_view operators) {
+  return operators.size() > 1 &&
+         operators.find(resolver::kSubResultFence[0]) != std::string_view::npos;
+}
+
+/// Takes an operand off the front of `*text`; empty for one that the lexer has more to do for than
+/// to cut it out.
+std::string_view TakeOperand(std::string_view* text, unsigned delimiters) {
+  if (text->front() == '[' || text->front() == ']') return {};
+  std::size_t count = 0;
+  for (; count < text->size() && !resolver::IsOf((*text)[count], delimiters); ++count) {
+    if (resolver::IsOf((*text)[count], resolver::kSubResultOrSpace)) return {};
+  }
+  const std::string_view operand = text->substr(0, count);
+  text->remove_prefix(count);
+  return operand;
+}
+
+}  // namespace
+
+/// Cuts an element into `areaBlocks`, linked, and sets the bits of the rows that have an operator
+/// here, as `LinkBlocks` does. False for an element that takes the long way; what `areaBlocks` then
+/// holds is of no use.
+bool TStringResolver::CutPlainElement(std::string_view element, std::uint32_t* rows) {
+  RelationCode relation = kFirstBlock;
+  std::string_view operators = TakeOperators(&element, delimiterClass_);
+  for (;;) {
+    if (MayHoldFence(operators) || element.empty()) return false;
+    AreaBlock& block = PrepareSpareBlock();
+    if (resolver::IsOf(element.front(), delimiterClass_)) {
+      resolver::SubResult subResult;
+      if (!resolver::TakeSubResult(&element, &subResult)) return false;
+      const DataLableType* const type = SavedType(subResult.position);
+      if (type == nullptr) return false;
+      block.AreaText = subResult.number;
+      block.Type.Assign(*type);
+      block.HasCastType = true;
+    } else {
+      const std::string_view operand = TakeOperand(&element, delimiterClass_);
+      if (operand.empty()) return false;
+      block.AreaText = operand;
+    }
+    block.BeforeText = operators;
+    block.AfterText.clear();
+    block.Relation = relation;
+    block.IsMemberName = relation == kMember || relation == kPointerMember;
+    areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
+    if (element.empty()) return true;
+
+    operators = TakeOperators(&element, delimiterClass_);
+    relation = resolver::OperatorOf(operators);
+    if (relation == kNoOperator) return false;
+    *rows |= 1U << resolver::RowOf(relation);
+    // The rest are prefixes of the next operand.
+    operators.remove_prefix(resolver::LengthOfOperator(static_cast<int>(relation)));
+  }
+}
