@@ -222,7 +222,8 @@ void DescribedProgram::ListTypes(const std::function<void(const Listing&)>& visi
     const TypeShape& shape = *parts_->types.Shape(behind);
     std::string detail = std::to_string(shape.size) + " bytes";
     if (shape.isIncomplete) detail = "declared only";
-    visit({std::string(name), behind == type ? std::move(detail) : shape.name});
+    if (behind != type) detail = shape.name;
+    visit({std::string(name), std::move(detail)});
   });
 }
 

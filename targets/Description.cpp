@@ -428,7 +428,8 @@ void CheckCharacters(std::string_view toml, const std::string& path) {
   }
   Description description;
   description.path = path;
-  description.Fail(spot, "a character beyond ASCII may stand in strings and comments only");
+  description.Fail(spot,
+                   "a character beyond ASCII may stand in comments only; `\\uXXXX` stands for it");
 }
 
 }  // namespace

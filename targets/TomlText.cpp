@@ -52,24 +52,15 @@ class Scanner {
       if (c == '\n' && !multiLine) {
         // No string ends so: everything behind it is of no matter.
         at_ = text_.size();
+      } else if (!IsAscii(c)) {
+        stray_ = at_;
       } else if (c == '\\' && quote == '"') {
-        Escape();
+        // What is escaped may be a quote.
+        const bool escapesAscii = at_ + 1 < text_.size() && IsAscii(text_[at_ + 1]);
+        at_ += escapesAscii ? 2 : 1;
       } else {
         ++at_;
       }
-    }
-  }
-
-  void Escape() {
-    ++at_;
-    const std::size_t next = text_.find_first_not_of(" \t\r\n\v\f", at_);
-    if (next == text_.npos) {
-      at_ = text_.size();
-    } else if (!IsAscii(text_[next])) {
-      stray_ = next;
-    } else {
-      // An escaped quote or backslash; what follows blanks is looked at as it comes.
-      at_ = next == at_ ? at_ + 1 : next;
     }
   }
 

@@ -7,13 +7,12 @@
 
 namespace targets {
 
-/// Where the first character beyond ASCII stands that is neither in a comment nor in a string of
-/// the TOML text, or that follows a backslash in a string, with or without blanks and line ends
-/// between them: its offset in bytes. Nothing when there is none, or something wrong stands before
-/// it.
+/// Where the first character beyond ASCII stands that is not in a comment of the TOML text: its
+/// offset in bytes. Nothing when there is none, or something wrong stands before it.
 ///
-/// TOML has no use for such a character, and toml++ 3.3 takes a step that is undefined when it asks
-/// whether it is a blank.
+/// Keys and strings can have such characters as `\u00e4` all the same. toml++ 3.3 takes a step that
+/// is undefined when it asks whether one is a blank, which it does in more places than a string can
+/// be told from, once something is wrong.
 std::optional<std::size_t> FindStrayCharacter(std::string_view toml);
 
 }  // namespace targets
