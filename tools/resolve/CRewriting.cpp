@@ -301,7 +301,8 @@ CRewriting::Fix CRewriting::FixBitField(const CNode& node, const Place& place) {
       text += "&" + std::to_string(mask);
       if (!member.type.isSigned) return Piece{"(" + text + ")", kPrimaryLevel};
       const std::string sign = std::to_string((mask >> 1U) + 1);
-      return Piece{"(int)((" + text + "^" + sign + ")-" + sign + ")", kUnaryLevel};
+      text.insert(0, "(int)((").append("^").append(sign).append(")-").append(sign).append(")");
+      return Piece{std::move(text), kUnaryLevel};
     }
   }
   return std::nullopt;

@@ -15,7 +15,6 @@ using Tree = std::unique_ptr<CNode>;
 constexpr int kDeepest = 200;
 constexpr int kAssignmentLevel = 2;
 constexpr int kConditionalLevel = 3;
-constexpr int kUnaryLevel = 20;
 
 struct Operator {
   std::string_view text;
