@@ -21,6 +21,21 @@ void WriteNumber(Number number, std::string* text) {
                std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr);
 }
 
+/// A floating value that is a number of thousandths, as most in programs are, is written as that;
+/// for any other the shortest digits have to be found, which takes ten times as long.
+void WriteFloating(double value, std::string* text) {
+  const double scaled = value * 1000;
+  const auto thousandths = static_cast<std::uint64_t>(scaled >= 0 && scaled < 1e15 ? scaled : 0);
+  // Zero, which may have a sign, takes the long way as well.
+  if (thousandths == 0 || static_cast<double>(thousandths) / 1000 != value) {
+    return WriteNumber(value, text);
+  }
+  WriteNumber(thousandths / 1000, text);
+  std::uint64_t rest = thousandths % 1000;
+  if (rest != 0) *text += '.';
+  for (; rest != 0; rest = rest * 10 % 1000) *text += static_cast<char>('0' + rest / 100);
+}
+
 }  // namespace
 
 MemoryHost::MemoryHost(targets::LabelSource& labels, targets::MemorySource& memory,
@@ -106,9 +121,10 @@ void MemoryHost::ReadMemory(std::uint64_t first, std::uint64_t /*last*/,
   std::uint64_t bits = 0;
   std::memcpy(&bits, bytes_.data() + offset, std::min(size, bytes_.size() - offset));
   if (isDouble) {
-    WriteNumber(std::bit_cast<double>(bits), text);
+    WriteFloating(std::bit_cast<double>(bits), text);
   } else if (isFloat) {
-    WriteNumber(static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits))), text);
+    WriteFloating(static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(bits))),
+                  text);
   } else {
     WriteNumber(bits, text);
   }

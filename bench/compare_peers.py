@@ -154,8 +154,9 @@ def peer_times(build, peer, expressions):
 
 
 def compare_expressions(build, rounds):
-    print("Time of an expression in microseconds, the program loaded. Ours: a fresh resolver for\n"
-          f"each, over a host in memory and over the ELF host. Medians of {rounds} rounds.\n")
+    print("Processor time of an expression in microseconds, the program loaded. Ours: a fresh\n"
+          "resolver for each, over a host in memory and over the ELF host. Medians of "
+          f"{rounds} rounds.\n")
     peers = without_missing(["gdb", "drgn", "lldb", "muParser"],
                             lambda peer: peer_times(build, peer, []))
     ours, theirs = [], {peer: [] for peer in peers}

@@ -13,10 +13,11 @@ ROUND_SECONDS = 0.01
 
 
 def nanoseconds(work, times):
-    start = time.perf_counter_ns()
+    # Processor time: what else runs on the machine is not counted.
+    start = time.process_time_ns()
     for _ in range(times):
         work()
-    return (time.perf_counter_ns() - start) / times
+    return (time.process_time_ns() - start) / times
 
 
 def report(work_of, failure):
@@ -32,7 +33,7 @@ def report(work_of, failure):
                 return "error"
 
         result = answer()
-        once = min(nanoseconds(answer, 1) for _ in range(5))
+        once = max(1, min(nanoseconds(answer, 1) for _ in range(5)))
         times = max(1, int(ROUND_SECONDS * 1e9 / once))
         median = statistics.median(nanoseconds(answer, times) for _ in range(ROUNDS))
         print(f"{median:.0f}\t{result}", flush=True)

@@ -1,6 +1,7 @@
 // A file opened as a program: everything that can be named is listed, looked up and built, and
 // expressions are resolved over it.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -62,6 +63,25 @@ void CheckRecord(targets::LabelSource& source, const DataLableType& type) {
   }
 }
 
+/// What the type is made of, as far as a walk of some steps goes.
+void CheckShapes(targets::LabelSource& source, targets::TypeNumber first) {
+  constexpr std::size_t kMostShapes = 64;
+  std::vector<targets::TypeNumber> known{first};
+  const auto add = [&](targets::TypeNumber type) {
+    const bool isNew = std::find(known.begin(), known.end(), type) == known.end();
+    if (type != 0 && isNew && known.size() < kMostShapes) known.push_back(type);
+  };
+  for (std::size_t i = 0; i < known.size(); ++i) {
+    const targets::TypeShape* const shape = source.Shape(known[i]);
+    Require(shape != nullptr, "a number that was handed out has a shape");
+    add(shape->target);
+    for (const targets::FieldShape& field : shape->fields) {
+      Require(field.firstBit < 8, "a bit-field begins in its first byte");
+      add(field.type);
+    }
+  }
+}
+
 void LookUp(targets::LabelSource& source, const std::vector<std::string>& labels,
             const std::vector<std::string>& types) {
   for (const std::string& name : labels) {
@@ -69,6 +89,9 @@ void LookUp(targets::LabelSource& source, const std::vector<std::string>& labels
       const auto label = source.FindLabel(name);
       Require(label.has_value(), "a listed label is found");
       if (label->typed) CheckRecord(source, label->type);
+    });
+    Attempt([&] {
+      if (const auto object = source.FindObject(name)) CheckShapes(source, object->type);
     });
   }
   for (const std::string& name : types) {
@@ -125,6 +148,7 @@ void Use(targets::ElfProgram& program) {
   for (const std::uint64_t address : {std::uint64_t{0}, std::uint64_t{0x401000},
                                       std::uint64_t{0x402000}, ~std::uint64_t{0} - 3}) {
     Attempt([&] { ReadMemory(program.Memory(), address); });
+    Attempt([&] { program.LabelAt(address); });
   }
   targets::ProgramHost host(program, program.Memory());
   ResolveOver(host, labels, types);

@@ -75,7 +75,10 @@ bool IsStructureTag(int tag) {
 }
 
 std::string TagText(const DwarfFile& file, const Dwarf_Die& type) {
-  const std::string_view name = file.Name(type);
+  std::string_view name = file.Name(type);
+  // What stands for a type in a unit of its own does not repeat its name.
+  const auto signature = file.Attribute(type, DW_AT_signature);
+  if (name.empty() && signature) name = file.Name(file.Reference(type, *signature));
   std::string text = TagKeyword(file.Tag(type));
   return text.append(name.empty() ? std::string_view("<anonymous>") : name);
 }

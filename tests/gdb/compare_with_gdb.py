@@ -113,7 +113,7 @@ def ask_resolve(resolve, program, expression):
                           text=True)
     if done.returncode == 0:
         return done.stdout.strip()
-    return done.stderr.strip().removeprefix(f"resolve: {expression}: ")
+    return done.stderr.split("\n")[0].removeprefix(f"resolve: {expression}: ")
 
 
 def main():

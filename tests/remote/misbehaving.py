@@ -107,11 +107,12 @@ def interrupted(command, program):
     heard = []
 
     def serve(connection):
-        run = runs[0]
+        # The command may be quicker than the line that notes it.
+        stubs.wait_until(lambda: runs, "the command is known")
         for request in packets(connection):
             heard.append(request)
             if request == b"qSupported":
-                run.send_signal(signal.SIGINT)
+                runs[0].send_signal(signal.SIGINT)
 
     runs = []
     with listening(serve) as path:

@@ -110,14 +110,14 @@ ROWS = [
     value("','", "44"),
     # what the number does not say
     Row(["--plain", "@", "flags.level"], stdout=pattern("<number>\n"),
-        stderr="note: flags.level: member level of struct flags is a bit-field "
-               "(unsigned int : 3); its value is the whole unit that holds the bits\n"),
+        stderr="note: flags.level: as an operand a bit-field is the whole unit that holds its "
+               "bits; in C it is 5: write `(flags.level>>1&7)`\n"),
     Row(["@", "flags.ready + flags.plain * 0"], stdout=pattern("<number>\n"),
-        stderr="note: flags.ready + flags.plain * 0: member ready of struct flags is a bit-field "
-               "(unsigned int : 1); its value is the whole unit that holds the bits\n"),
+        stderr="note: flags.ready + flags.plain * 0: as an operand a bit-field is the whole unit that "
+               "holds its bits; in C it is 1: write `(flags.ready&1) + flags.plain * 0`\n"),
     Row(["--plain", "@", "launch.month"], stdout=pattern("<number>\n"),
-        stderr="note: launch.month: member month of date_t is a bit-field (unsigned int : 4); "
-               "its value is the whole unit that holds the bits\n"),
+        stderr="note: launch.month: as an operand a bit-field is the whole unit that holds its "
+               "bits; in C it is 11: write `(launch.month>>5&15)`\n"),
     value("launch.year", "1889"),
     value("flags.plain", "77"),
     # addresses and sizes are no values

@@ -19,7 +19,7 @@ ROWS = [
     shown("span", "4000000000"),
     shown("least", "-170141183460469231731687303715884105728"),
     shown("most", "340282366920938463463374607431768211455"),
-    shown("n + 1", "18446744073709551610 (0xfffffffffffffffa)"),
+    shown("n * 1u", "18446744073709551609 (0xfffffffffffffff9)", "--no-notes"),
     shown("n + (int)1", "-6"),
     shown("sizeof x", "4"),
     shown("x == 42", "1"),
@@ -102,8 +102,8 @@ ROWS = [
         stdout=pattern("5  3 bits, unsigned, at <address>, memory space 0\n"),
         stderr="note: reading the initial memory of PROGRAM\n"),
     Row(["@", "flags.level + 0"], stdout=pattern("<number>\n"),
-        stderr=note("flags.level + 0", "member level of struct flags is a bit-field (unsigned int "
-                    ": 3); its value is the whole unit that holds the bits")),
+        stderr=note("flags.level + 0", "as an operand a bit-field is the whole unit that holds its "
+                    "bits; in C it is 5: write `(flags.level>>1&7) + 0`")),
     # details of what is no number
     Row(["-v", "@", "a"], stdout=pattern("{10, 20, 30, 40, 50}  20 bytes, int [5], at <address>, "
                                          "memory space 0\n"),

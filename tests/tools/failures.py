@@ -14,7 +14,8 @@ ROWS = [
     error("*(int*)0", "cannot read memory at 0x0"),
     error("*none", "cannot read memory at 0x0"),
     error("*astray", "cannot read memory at 0x10"),
-    error("none == 0 || *none", "cannot read memory at 0x0"),
+    error("none == 0 || *none", "cannot read memory at 0x0\nnote: none == 0 || *none: both sides of "
+          "`&&` and `||` are evaluated; in C it is 1: write `none == 0`"),
     error("a[*none]", "cannot read memory at 0x0"),
     error("endless + 1", "the number at <address> is infinite, and no result can carry that"),
     error("vast", "is 1e+300, outside the range of single precision, in which results are given",
@@ -67,11 +68,13 @@ ROWS = [
     error("a[1", "Can`t find the end quote."),
     error("a b", "no operator stands between `a` and `b`"),
     error("1 2", "no operator stands between `1` and `2`"),
-    error("1,5", "there is no operator `,`"),
-    error("completed,0", "there is no operator `,`"),
+    error("1,5", "there is no operator `,`\nnote: 1,5: there is no comma operator; in C it is 5: "
+          "write `5`"),
+    error("completed,0", "there is no operator `,`", "--no-notes"),
     error("twice(3)",
           "no operator stands between `twice` and `(`; functions cannot be called"),
-    error("1 + p", "a pointer must stand on the left of + and -, as in `p + 1`"),
+    error("1 + p", "a pointer must stand on the left of + and -, as in `p + 1`\nnote: 1 + p: only a "
+          "pointer on the left is counted in elements; in C it is <address>: write `p+1`"),
     error("x / 0", "Division by zero"),
     error("x % (n - n)", "Division by zero"),
     error("pi & 1", "Invalid type for & operation"),

@@ -33,7 +33,15 @@ ROWS = [
     (["@", "#0"], 1, [{"status": "failed"}]),
     (["@", "", "(", "a\nb", "x\x1b", "\u00e9", b"n\xff\xfe", '"', "\\"], 1,
      [{"status": "failed"}] * 8),
-    (["@", "s", "arr", "word32"], 1, [{"expression": "s"}, {"expression": "arr"}, {}]),
+    (["@", "s", "a", "flags.bias"], 0,
+     [{"value": None, "type": "struct outer", "text": "{in = {x = 1, y = 2}, x = 3, mark = 83 'S'}"},
+      {"value": None, "type": "int [5]", "size": 20}, {"value": -3, "bits": 4, "signed": True}]),
+    (["--plain", "@", "s"], 1, [{"status": "failed"}]),
+    (["@", "n + 1"], 0, [{"notes": [{"name": "sign-lost", "text": "a numeral has 8 bytes and no sign, "
+                                     "and so has a result computed with it; in C it is -6: write "
+                                     "`(int)(n + 1)`"}]}]),
+    (["--no-notes", "@", "n + 1"], 0, [{"notes": []}]),
+    (["--notes=error", "@", "n + 1"], 1, [{"status": "failed"}]),
     (["--labels", "h*", "@"], 0, [{"name": "half"}, {"name": "head"}, {"name": "huge"}]),
     (["--types", "struct node", "@"], 0, [{"name": "struct node"}]),
     (["--labels", "nothing*", "@"], 1, []),

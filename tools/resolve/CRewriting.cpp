@@ -209,6 +209,12 @@ CRewriting::Fix CRewriting::FixUnary(const CNode& node, const Place& place) {
                    kPrimaryLevel};
     }
   }
+  // An array record is a pointer as well, but for arrays of pointers.
+  if (node.op == "*" && failed_ && inner.isObject && inner.type.kind == TypeKind::kArray &&
+      reading_.Target(inner.type).kind == TypeKind::kPointer) {
+    Meet(Difference::kArrayName);
+    return Piece{"(" + Operand(operand, inside, kPrimaryLevel) + "[0]+0)", kPrimaryLevel};
+  }
   const Held held = HeldBy(operand);
   const CMeaning& whole = reading_.Of(node);
   if ((node.op == "-" || node.op == "~") && !held.floating && held.size < 4 && inner.value &&
@@ -275,10 +281,12 @@ CRewriting::Fix CRewriting::FixArrow(const CNode& node) {
 
 CRewriting::Fix CRewriting::FixBitField(const CNode& node, const Place& place) {
   const CMeaning& member = reading_.Of(node);
-  if (member.type.bits == 0 || place.parent == nullptr || !member.value) return std::nullopt;
-  const CNode& parent = *place.parent;
-  const bool valued = parent.kind == Kind::kBinary || parent.kind == Kind::kCast ||
-                      (parent.kind == Kind::kUnary && parent.op != "&");
+  if (member.type.bits == 0 || !member.value) return std::nullopt;
+  const CNode* parent = place.parent;
+  const bool valued = parent == nullptr
+                          ? numbersOnly_
+                          : parent->kind == Kind::kBinary || parent->kind == Kind::kCast ||
+                                (parent->kind == Kind::kUnary && parent->op != "&");
   if (!valued) return std::nullopt;
   Meet(Difference::kBitField);
   for (const HostEvent& event : log_.events) {

@@ -17,15 +17,21 @@ namespace tool {
 /// that should mean here what the expression means in C.
 class CRewriting {
  public:
-  /// All are borrowed. `failed`: the resolver could not resolve the expression.
+  /// All are borrowed. `failed`: the resolver could not resolve the expression. `numbersOnly`: a
+  /// bit-field as the result is the resolver's number, too.
   CRewriting(std::string_view text, CReading& reading, targets::LabelSource& labels,
-             const ResolutionLog& log, bool failed)
-      : text_(text), reading_(reading), labels_(labels), log_(log), failed_(failed) {}
+             const ResolutionLog& log, bool failed, bool numbersOnly)
+      : text_(text),
+        reading_(reading),
+        labels_(labels),
+        log_(log),
+        failed_(failed),
+        numbersOnly_(numbersOnly) {}
 
   /// The new text: the expression itself where nothing had to change.
   std::string Rewrite(const CNode& root);
 
-  /// What `Rewrite` met, each once, in the order of the text.
+  /// What `Rewrite` met, each once, outer ones first.
   [[nodiscard]] const std::vector<Difference>& Met() const { return met_; }
 
  private:
@@ -80,6 +86,7 @@ class CRewriting {
   targets::LabelSource& labels_;
   const ResolutionLog& log_;
   bool failed_;
+  bool numbersOnly_;
   std::vector<Difference> met_;
 };
 

@@ -83,6 +83,8 @@ class Reader {
     node->op = op;
     node->begin = begin;
     node->end = at_;
+    // Looking for what comes next has passed over blanks.
+    while (node->end > begin && IsBlank(text_[node->end - 1])) --node->end;
     if (first) node->parts.push_back(std::move(first));
     if (second) node->parts.push_back(std::move(second));
     return node;

@@ -119,7 +119,7 @@ bool NoteFinder::Confirms(const std::string& text, const CMeaning& wanted) {
 std::vector<NamedNote> NoteFinder::Find(std::string_view expression, const Outcome& outcome,
                                         const ResolutionLog& log) {
   std::vector<NamedNote> notes;
-  certain_ = false;
+  agreed_ = false;
   // Points belong to names there.
   if (labels_.CurrentFileIsAssembly() || expression.find('#') != expression.npos) return notes;
   const auto isType = [this](std::string_view name) {
@@ -136,9 +136,14 @@ std::vector<NamedNote> NoteFinder::Find(std::string_view expression, const Outco
   CReading reading(labels_, MemoryFor(log));
   const CMeaning meaning = reading.Of(*tree);
   const auto* answer = std::get_if<Answer>(&outcome);
-  certain_ = meaning.value.has_value();
-  if (answer != nullptr && Agree(meaning, *answer)) return notes;
-  CRewriting rewriting(expression, reading, labels_, log, answer == nullptr);
+  // An enumerator is shown with the sign that its enumeration gives it.
+  const bool enumerator =
+      answer != nullptr && answer->denoted && tree->kind == CNode::Kind::kName &&
+      ShapeOf(*answer->denoted, labels_).kind == targets::TypeShape::Kind::kEnumeration;
+  agreed_ = answer != nullptr && (enumerator || Agree(meaning, *answer));
+  if (agreed_) return notes;
+  CRewriting rewriting(expression, reading, labels_, log, answer == nullptr,
+                       answer != nullptr && !answer->denoted);
   std::string rewritten;
   try {
     if (!NamesAreKnown(*tree, labels_)) return notes;

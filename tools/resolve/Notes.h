@@ -38,8 +38,8 @@ class NoteFinder {
   /// the log of its resolution.
   std::vector<NamedNote> Find(std::string_view expression, const Outcome& outcome,
                               const ResolutionLog& log);
-  /// Was it known what the last expression is in C, so that whatever is different was found?
-  [[nodiscard]] bool WasCertain() const { return certain_; }
+  /// Was the last answer known to be C's?
+  [[nodiscard]] bool Agreed() const { return agreed_; }
 
  private:
   [[nodiscard]] CReading::Memory MemoryFor(const ResolutionLog& log);
@@ -49,7 +49,7 @@ class NoteFinder {
   targets::MemorySource& memory_;
   Reading reading_;
   Evaluator evaluator_;
-  bool certain_ = false;
+  bool agreed_ = false;
 };
 
 }  // namespace tool

@@ -165,34 +165,6 @@ void AddAnswerOptions(CLI::App* app, Options* options, Given* given) {
                   "for targets that run")
       ->type_name("SECONDS")
       ->take_last();
-  app->add_flag("--explain", options->explain,
-                "Show what was handed to the resolver, what it asked\n"
-                "for, and what it was answered");
-  app->add_flag("--no-notes", given->noNotes,
-                "Do not say where an expression means something else\n"
-                "than in C");
-  app->add_option("--notes", given->notes,
-                  "show, none or error: an expression that meets such a\n"
-                  "difference fails")
-      ->check(CLI::IsMember({"show", "none", "error"}))
-      ->option_text("WHAT")
-      ->take_last();
-  app->add_flag("--json", options->json,
-                "Write one JSON object a line; with --explain, the\n"
-                "steps as well");
-  auto* plain = app->add_flag("--plain", options->plain,
-                              "Print numbers only, whatever the type; what has no\n"
-                              "number is an error then");
-  app->add_option("--format", given->format, FormatHelp())
-      ->type_name("F")
-      ->take_last()
-      ->excludes(plain);
-  app->add_option("--count", given->count,
-                  "See a pointer, an array or an object as so many\n"
-                  "elements")
-      ->type_name("N")
-      ->take_last()
-      ->excludes(plain);
 }
 
 void AddListings(CLI::App* app, Options* options) {

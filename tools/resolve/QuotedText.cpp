@@ -80,9 +80,8 @@ std::string Quoted(std::string_view text, char quote) {
   return quoted + quote;
 }
 
-std::string Prefixed(std::size_t size, std::string quoted) {
-  const std::string_view prefix = size == 2 ? "u" : size == 4 ? "U" : "";
-  return quoted.insert(0, prefix);
+std::string Prefixed(std::size_t size, const std::string& quoted) {
+  return Concatenated({size == 2 ? "u" : size == 4 ? "U" : "", quoted});
 }
 
 bool IsZero(std::span<const std::byte> character) {

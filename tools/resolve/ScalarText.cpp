@@ -127,7 +127,7 @@ std::string NumberText(WideUnsigned bits, std::uint32_t width, bool isSigned) {
 }
 
 std::string EnumerationText(const TypeShape& shape, WideUnsigned bits, std::uint32_t width) {
-  const std::string number = NumberText(bits, width, shape.isSigned);
+  std::string number = NumberText(bits, width, shape.isSigned);
   const auto mask = static_cast<std::uint64_t>(MaskOf(width));
   const auto value = static_cast<std::uint64_t>(bits);
   for (const EnumeratorShape& enumerator : shape.enumerators) {

@@ -113,7 +113,7 @@ std::vector<NamedNote> Session::NotesOn(const std::string& expression, const Out
       const bool found = std::any_of(notes.begin(), notes.end(), [&](const NamedNote& other) {
         return other.name == note.name;
       });
-      const bool settled = note.name == kBitFieldNote && !exact_ && notes_.WasCertain();
+      const bool settled = note.name == kBitFieldNote && !exact_ && notes_.Agreed();
       if (!found && !settled) notes.push_back(note);
     }
   }

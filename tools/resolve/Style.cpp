@@ -7,9 +7,10 @@
 namespace tool {
 namespace {
 
-bool IsSet(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
+/// The value of a variable of the environment; empty when it is not set.
+std::string_view Variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? std::string_view() : std::string_view(value);
 }
 
 std::string_view Code(Style::Role role) {
@@ -30,8 +31,9 @@ std::string_view Code(Style::Role role) {
 
 Style Style::For(int descriptor) {
   Style style;
-  const bool able = IsSet("TERM") && std::string_view(std::getenv("TERM")) != "dumb";
-  style.colours_ = able && !IsSet("NO_COLOR") && isatty(descriptor) != 0;
+  const std::string_view terminal = Variable("TERM");
+  const bool able = !terminal.empty() && terminal != "dumb";
+  style.colours_ = able && Variable("NO_COLOR").empty() && isatty(descriptor) != 0;
   return style;
 }
 
