@@ -103,7 +103,7 @@ TEST(Options, NameAStub) {
       {{"--remote", ":1", "--timeout", "-1", "prog", "x"}, seconds},
       {{"--remote", ":1", "--timeout", "nan", "prog", "x"}, seconds},
       {{"--remote", ":1", "--timeout", "1e9", "prog", "x"}, seconds},
-      {{"--remote", ":1", "prog"}, "no expression is given"},
+      {{"--remote", ":1", "--watch", "1", "prog"}, "no expression is given to --watch"},
       {{"--remote", ":1"}, "no program is named"},
       {{"--remote", ":1", "--pid", "1", "x"}, "--pid excludes --remote"},
       {{"--remote", ":1", "--core", "core", "x"}, "--core excludes --remote"},
@@ -145,7 +145,7 @@ TEST(Options, LeaveTheProgramToACoreDump) {
       {{"--core", "core", "prog", "--", "-x"}, "prog", {"-x"}},
       // This test is an ELF file.
       {{"--core", "core", "/proc/self/exe", "x"}, "/proc/self/exe", {"x"}},
-      {{"--core", "core", "/proc/self/exe"}, "", {"/proc/self/exe"}},
+      {{"--core", "core", "/proc/self/exe"}, "/proc/self/exe", {}},
       {{"--core", "core", "--", "/proc/self/exe", "x"}, "", {"/proc/self/exe", "x"}},
   };
   for (const Expressions& row : rows) {

@@ -18,7 +18,7 @@ import signal
 import subprocess
 import sys
 import tempfile
-import threading
+import termios
 import time
 
 SKIPPED = 77
@@ -44,6 +44,7 @@ class Terminal:
 
     def __init__(self, command, folder, **environment):
         self.master, slave = os.openpty()
+        self.settings = termios.tcgetattr(slave)
         self.raw = b""
         self.seen = 0
         self.ended = False
@@ -416,18 +417,15 @@ def colours(session):
 
 def settings_come_back(session):
     """The terminal's settings are the former ones after every end."""
-    import termios
     for end in (CTRL_D, ":quit\r", signal.SIGTERM, signal.SIGHUP):
-        # A second descriptor keeps the terminal's settings when the command is gone.
         with session.terminal() as terminal:
-            before = termios.tcgetattr(terminal.master)
             terminal.expect(PROMPT)
             if isinstance(end, str):
                 terminal.type(end)
             else:
                 terminal.process.send_signal(end)
             terminal.wait()
-            check(str(termios.tcgetattr(terminal.master)[:4]), str(before[:4]), f"after {end!r}")
+            check(str(termios.tcgetattr(terminal.master)[:4]), str(terminal.settings[:4]), f"after {end!r}")
 
 
 def without_a_terminal(session):
