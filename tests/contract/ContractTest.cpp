@@ -5,9 +5,9 @@
 #include <map>
 #include <span>
 
-#include "targets/ElfProgram.h"
 #include "contract/LabelContract.h"
 #include "contract/MemoryContract.h"
+#include "targets/ElfProgram.h"
 
 namespace contract {
 namespace {

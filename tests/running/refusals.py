@@ -36,7 +36,8 @@ def command_lines(command, folder):
         unusable(resolve(command, *arguments, "x"), sentence)
     unusable(resolve(command, "--pid"), "--pid: 1 required PID missing" + MORE)
     with running(folder / "running") as child:
-        unusable(resolve(command, "--pid", child.pid), "no expression is given" + MORE)
+        unusable(resolve(command, "--watch", "1", "--pid", child.pid),
+                 "no expression is given to --watch" + MORE)
         unusable(resolve(command, "--pid", child.pid, "--bogus", "x"),
                  "there is no option --bogus" + MORE)
         expect_run(resolve(command, "--pid", child.pid, "--", "-number"), "7\n")

@@ -106,7 +106,8 @@ ROWS = [
     unusable(["--core", "x86", "@", "x"],
              "the program 'PROGRAM' is for 64-bit x86-64, and the core dump 'x86' is of "
              "32-bit x86"),
-    unusable(["--core", "core"], "no expression is given; see resolve --help"),
+    unusable(["--watch", "1", "--core", "core"],
+             "no expression is given to --watch; see resolve --help"),
     unusable(["--core"], "--core: 1 required CORE missing; see resolve --help"),
 ]
 

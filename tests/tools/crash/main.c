@@ -4,16 +4,16 @@
 #include "library.h"
 struct node {
   int value;
-  struct node *next;
+  struct node* next;
 };
-struct node *head;
-int *on_stack;
+struct node* head;
+int* on_stack;
 int initialized[4] = {10, 11, 12, 13};
 int changed = 1;
 int untouched[8000];
 double ratio = 0.5;
 const int constants[3000] = {21, 22, 23};
-const char *text = "some text";
+const char* text = "some text";
 int (*function)(int);
 
 static int twice(int number) {
@@ -25,7 +25,7 @@ void stop_here(void) {}
 int main(void) {
   int local = 4711;
   for (int value = 30; value > 0; value -= 10) {
-    struct node *node = malloc(sizeof(*node));
+    struct node* node = malloc(sizeof(*node));
     node->value = value;
     node->next = head;
     head = node;
