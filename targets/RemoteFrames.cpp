@@ -1,7 +1,6 @@
 #include "targets/RemoteFrames.h"
 
 #include <charconv>
-#include <utility>
 
 namespace targets {
 namespace {
@@ -21,14 +20,20 @@ std::uint8_t Sum(std::string_view payload) {
   return sum;
 }
 
-std::string WithoutEscapes(std::string text) {
-  if (text.find(kEscape) == text.npos) return text;
+std::string WithoutEscapes(std::string_view text) {
   std::string plain;
+  plain.reserve(text.size());
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool escaped = text[at] == kEscape && at + 1 < text.size();
     plain += escaped ? static_cast<char>(text[++at] ^ kEscapeFlip) : text[at];
   }
   return plain;
+}
+
+RemoteFrames::Event WithoutPayload(RemoteFrames::Event::Kind kind) {
+  RemoteFrames::Event event;
+  event.kind = kind;
+  return event;
 }
 
 }  // namespace
@@ -60,8 +65,8 @@ std::optional<RemoteFrames::Event> RemoteFrames::TakeOutside(char byte) {
     digits_.clear();
     expanded_.clear();
   }
-  if (byte == '+') return Event{Event::Kind::kAccepted, {}};
-  if (byte == '-') return Event{Event::Kind::kRejected, {}};
+  if (byte == '+') return WithoutPayload(Event::Kind::kAccepted);
+  if (byte == '-') return WithoutPayload(Event::Kind::kRejected);
   return std::nullopt;
 }
 
@@ -110,14 +115,15 @@ void RemoteFrames::Append(std::size_t count, char byte) {
 
 std::optional<RemoteFrames::Event> RemoteFrames::Finish() {
   place_ = Place::kOutside;
-  if (isNotification_) return Event{Event::Kind::kNotification, {}};
+  if (isNotification_) return WithoutPayload(Event::Kind::kNotification);
   unsigned sum = 0;
   const auto [end, error] =
       std::from_chars(digits_.data(), digits_.data() + digits_.size(), sum, 16);
   const bool isSum = error == std::errc() && end == digits_.data() + digits_.size();
-  if (isDamaged_ || (check_ && (!isSum || sum != sum_))) return Event{Event::Kind::kDamaged, {}};
-  if (isTooLong_) return Event{Event::Kind::kTooLong, {}};
-  return Event{Event::Kind::kPacket, WithoutEscapes(std::move(expanded_))};
+  if (isDamaged_ || (check_ && (!isSum || sum != sum_)))
+    return WithoutPayload(Event::Kind::kDamaged);
+  if (isTooLong_) return WithoutPayload(Event::Kind::kTooLong);
+  return Event{Event::Kind::kPacket, WithoutEscapes(expanded_)};
 }
 
 }  // namespace targets

@@ -17,7 +17,7 @@ wrong = 0
 with tempfile.TemporaryDirectory() as folder:
     (pathlib.Path(folder) / "board.toml").write_text(example.group(1), encoding="utf-8")
     for expression, answer in rows:
-        run = subprocess.run([resolve, "--describe", "board.toml", expression], cwd=folder,
+        run = subprocess.run([resolve, "--plain", "--describe", "board.toml", expression], cwd=folder,
                              capture_output=True, text=True, timeout=60)
         if (run.stdout, run.stderr, run.returncode) != (answer + "\n", "", 0):
             wrong += 1

@@ -1,10 +1,15 @@
-# The command's component brings the command, and nothing else.
+# The command's component brings the command, its manual page and completions, and nothing else.
 include(${CMAKE_CURRENT_LIST_DIR}/Support.cmake)
 
 file(REMOVE_RECURSE ${SCRATCH})
 must_run(${CMAKE_COMMAND} --install ${BUILD} --component command --prefix ${SCRATCH})
 file(GLOB_RECURSE installed RELATIVE ${SCRATCH} ${SCRATCH}/*)
-if(NOT installed STREQUAL "bin/resolve")
+set(expected
+  bin/resolve
+  share/bash-completion/completions/resolve
+  share/man/man1/resolve.1
+  share/zsh/site-functions/_resolve)
+if(NOT installed STREQUAL expected)
   message(FATAL_ERROR "the command's component brings: ${installed}")
 endif()
 execute_process(COMMAND ${SCRATCH}/bin/resolve --version OUTPUT_VARIABLE version

@@ -4,9 +4,10 @@ import os
 import pathlib
 import shutil
 import signal
+import subprocess
 import tempfile
 
-from child import Dialogue, expect, expect_run, resolve, run_checks, running, states, wait_until
+from child import PATIENCE, Dialogue, expect, expect_run, resolve, run_checks, running, states, wait_until
 
 MORE = "; see resolve --help"
 NOBODY = 65534
@@ -121,7 +122,9 @@ def another_user(command, folder):
 def itself(command, folder):
     """The command cannot hold itself."""
     # The shell's number is that of the command that takes its place.
-    done = resolve("/bin/sh", "-c", 'exec "$0" --pid $$ --stop 1', command)
+    done = subprocess.run(["/bin/sh", "-c", 'exec "$0" --pid $$ --stop 1', command],
+                          capture_output=True, text=True, stdin=subprocess.DEVNULL,
+                          timeout=PATIENCE)
     expect((done.stdout, done.returncode), ("", 2))
     assert done.stderr.endswith(" is this one: it cannot hold itself\n"), done.stderr
 

@@ -67,7 +67,7 @@ BOARD_ROWS = [
 
 
 def described(*arguments, **more):
-    return Row(["--describe", "board.toml", *arguments], **more)
+    return Row(["--plain", "--describe", "board.toml", *arguments], **more)
 
 
 ROWS = [
@@ -78,8 +78,9 @@ ROWS = [
     Row(["-v", "--describe", "board.toml", "table[3]"],
         stdout="4  2 bytes, unsigned, at 0x20000016, memory space 0\n",
         stderr="note: reading the memory that board.toml describes\n"),
-    described("flags.high", stdout="29\n", stderr="note: flags.high: member high of struct flags is "
-              "a bit-field (unsigned int : 7); its value is the whole unit that holds the bits\n"),
+    described("flags.high", stdout="29\n", stderr="note: flags.high: as an operand a bit-field is the "
+              "whole unit that holds its bits; in C it is 3: write `(flags.high>>3&127)`\n"),
+    Row(["--describe", "board.toml", "flags.high"], stdout="3\n"),
     described("*(int*)0x30000000", status=1,
               stderr="resolve: *(int*)0x30000000: cannot read memory at 0x30000000\n"),
     described("nowhere", status=1, stderr="resolve: nowhere: Undefined label nowhere\n"),
@@ -91,7 +92,7 @@ ROWS = [
                "struct node   8 bytes\n"),
     Row(["--describe", "board.toml", "--labels", "no*"], status=1,
         stderr="resolve: no label of board.toml matches no*\n"),
-    Row(["--describe", "board.toml", "--file", "boot.s", "stack"], stdout="536875008\n"),
+    Row(["--describe", "board.toml", "--file", "boot.s", "stack"], stdout="0x20001000 <stack>\n"),
     unusable(["--watch", "1", "--describe", "board.toml"],
              "no expression is given to --watch; see resolve --help"),
     unusable(["--describe", "nowhere.toml", "x"], "there is no file 'nowhere.toml'"),
@@ -115,7 +116,7 @@ ROWS = [
     described("--memory", "1:2=words", "#0", "#2", stdout="8721\n513\n"),
     described("--word-size", "1", "#0", stdout="17\n"),
     described("--word-size", "3", "#0", stdout="3351057\n"),
-    Row(["-v", "--memory", "1=patch", "--describe", "board.toml", "LIMIT"],
+    Row(["--plain", "-v", "--memory", "1=patch", "--describe", "board.toml", "LIMIT"],
         stdout="10  8 bytes, unsigned, no address, memory space 0\n",
         stderr="note: reading the memory that board.toml describes under patch\n"),
     # memory over a program

@@ -443,7 +443,7 @@ def documented(session):
     blocks = re.findall(r"^```prompt\n(.*?)^```$", text, re.M | re.S)
     if not blocks:
         raise Mismatch("the document shows no session")
-    place = re.compile(r"0x[0-9a-f]{5,16}|(?<!\S)/\S*/(?=\w)")
+    place = re.compile(r"0x[0-9a-f]{5,16}|(?<!\S)[./]\S*/(?=\w)")
     for block in blocks:
         with session.prompt() as terminal:
             for step in block.split(PROMPT)[1:]:
