@@ -45,22 +45,24 @@ def ask_resolve(resolve, arguments, expressions):
 def main():
     kind, resolve, program = sys.argv[1:]
     resolve = str(pathlib.Path(resolve).resolve())
+    # A description knows no number of more than 8 bytes.
+    expressions = [e for e in SAME if kind != "described" or "long double" not in e]
     failures = 0
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch)
         try:
             with KINDS[kind](pathlib.Path(program).resolve(), folder,
-                             lambda arguments: ask_gdb(arguments, SAME, folder)) as target:
+                             lambda arguments: ask_gdb(arguments, expressions, folder)) as target:
                 theirs, arguments = target
-                ours = ask_resolve(resolve, arguments, SAME)
+                ours = ask_resolve(resolve, arguments, expressions)
         except Refused as reason:
             print(f"NOT TESTED: {reason}")
             return SKIPPED
-    for expression in SAME:
+    for expression in expressions:
         if not same_number(ours[expression], theirs[expression]):
             failures += 1
             print(f"{expression}: resolve says {ours[expression]!r}, gdb {theirs[expression]}")
-    print(f"{len(SAME) - failures} passed, {failures} failed")
+    print(f"{len(expressions) - failures} passed, {failures} failed")
     return 1 if failures else 0
 
 

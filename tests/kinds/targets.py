@@ -5,6 +5,7 @@
 environment refuses what a kind needs, `Refused` says why.
 """
 import contextlib
+import os
 import pathlib
 import re
 import resource
@@ -128,5 +129,20 @@ def remote(program, folder, ask):
             yield answers, ["--remote", f"127.0.0.1:{port}", program]
 
 
+@contextlib.contextmanager
+def described(program, folder, ask):
+    """What gdb knows of the process, written down; the process has ended when it is read."""
+    description = folder / "program.toml"
+    with running(program, folder) as target:
+        # Writes the file of expressions as well.
+        answers = ask(["-p", target.pid])
+        said = run_gdb(["-p", target.pid, "-x", pathlib.Path(__file__).with_name("describe_in_gdb.py")],
+                       dict(os.environ, EXPRESSIONS=str(folder / "expressions"),
+                            DESCRIPTION=str(description)))
+    if not description.exists():
+        raise RuntimeError(f"gdb wrote no description:\n{said}")
+    yield answers, ["--describe", description]
+
+
 KINDS = {kind.__name__: kind
-         for kind in (file, process, held_process, gcore, kernel_core, remote)}
+         for kind in (file, process, held_process, gcore, kernel_core, remote, described)}

@@ -33,7 +33,7 @@ std::string Order(const CoreBuilder::Kind& kind, const std::vector<Entry>& entri
                               targets::ElfFile::Use::kCoreDump);
   targets::CoreMemory memory(file, {});
   std::vector<LoadedFile> libraries;
-  for (const std::uint64_t section : {0xA, 0xB, 0xC}) {
+  for (const std::uint64_t section : {0xAU, 0xBU, 0xCU}) {
     libraries.push_back({.path = std::string(1, static_cast<char>('a' + section - 0xA)),
                          .dynamicSection = section});
   }
