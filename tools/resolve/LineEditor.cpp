@@ -99,8 +99,9 @@ struct LineEditor::Parts {
     el_set(editor, EL_SETTY, "-x", "-icanon", "-echo", "+isig", "min=\\001", "time=\\000", nullptr);
     el_set(editor, EL_HIST, ::history, history);
     el_set(editor, EL_GETCFN, &Parts::NextCharacter);
-    el_set(editor, EL_ADDFN, "resolve-complete", "Complete the name before the cursor",
-           &Parts::Complete);
+    // In wide characters, since libedit never frees the copies that it makes of others.
+    el_wset(editor, EL_ADDFN, L"resolve-complete", L"Complete the name before the cursor",
+            &Parts::Complete);
     // The user's own settings come before what would be lost with them.
     el_source(editor, nullptr);
     el_set(editor, EL_BIND, "^I", "resolve-complete", nullptr);
