@@ -4,7 +4,7 @@
 
 #include "program.h"
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
   static const char ready[] = "ready\n";
   char byte;
   (void)argv;
