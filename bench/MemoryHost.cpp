@@ -14,6 +14,10 @@ namespace {
 /// Objects of the labels reach no further than this many bytes.
 constexpr std::size_t kLargestObject = 4096;
 
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
 template <typename Number>
 void WriteNumber(Number number, std::string* text) {
   std::array<char, 32> digits;
@@ -93,15 +97,14 @@ DataLableType MemoryHost::GetTypeDescription(std::string typeName, bool* unknown
 }
 
 std::uint64_t MemoryHost::FindLabel(const char* text, bool* undefined, bool* confirmed) {
-  const std::string_view name = text;
-  if (!name.empty() && name.front() >= '0' && name.front() <= '9') {
+  if (IsDigit(*text)) {
     std::uint64_t value = 0;
-    const char* const end = name.data() + name.size();
-    *undefined = std::from_chars(name.data(), end, value).ptr != end;
+    for (; IsDigit(*text); ++text) value = value * 10 + static_cast<std::uint64_t>(*text - '0');
+    *undefined = *text != '\0';
     *confirmed = true;
     return value;
   }
-  const auto found = labels_.find(name);
+  const auto found = labels_.find(std::string_view(text));
   if (found == labels_.end()) {
     *undefined = true;
     return 0;

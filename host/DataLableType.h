@@ -97,7 +97,7 @@ class DataLableType {
   /// Exchanges two records without copying either. `other` must not be part of this record's own
   /// tree.
   void Swap(DataLableType& other) noexcept {
-    std::swap(Name, other.Name);
+    if (!Name.empty() || !other.Name.empty()) Name.swap(other.Name);
     std::swap(IsArray, other.IsArray);
     std::swap(IsPointer, other.IsPointer);
     std::swap(IsAddress, other.IsAddress);
@@ -125,21 +125,19 @@ class DataLableType {
 
   /// The same, with this record moved into the result instead of copied.
   DataLableType FormPointer() && {
-    DataLableType pointer;
-    pointer.PointTo(std::move(*this));
-    return pointer;
+    BecomePointer();
+    return std::move(*this);
   }
 
-  /// Makes this record what `FormPointer` of `pointee` gives; `pointee` may be this record.
-  void PointTo(DataLableType pointee) {
-    Name.clear();
+  /// Makes this record what `FormPointer` of it gives.
+  void BecomePointer() {
+    SharedList<DataLableType> pointee(std::move(*this));
     IsArray = IsAddress = IsSigned = IsFloat = IsDouble = ExtraFlag = false;
     IsPointer = true;
-    Size = PointerSize = pointee.PointerSize;
+    Size = PointerSize;
     Offset = 0;
     TypeNumber = 0;
-    NestedTypes.clear();
-    Members = SharedList<DataLableType>(std::move(pointee));
+    Members.swap(pointee);
   }
 
  private:

@@ -61,6 +61,15 @@ constexpr bool IsOf(char c, unsigned classes) {
   return (kClassesOfCharacter[static_cast<unsigned char>(c)] & classes) != 0;
 }
 
+/// Where the first character at or behind `from` is that is (`wanted`) or is not of the classes.
+constexpr std::size_t FindClass(std::string_view text, std::size_t from, unsigned classes,
+                                bool wanted = true) {
+  for (std::size_t at = from; at < text.size(); ++at) {
+    if (IsOf(text[at], classes) == wanted) return at;
+  }
+  return std::string_view::npos;
+}
+
 /// What makes an operand, or a text of one, more than a name or a number.
 inline constexpr unsigned kNotPlain = kAssemblyDelimiter | kCDelimiter | kBlank | kParenthesis |
                                       kBracket | kPoint | kSubResultOrSpace;
@@ -73,10 +82,10 @@ constexpr bool IsPlainOperand(std::string_view text) {
   return !text.empty();
 }
 
-/// May a text of these classes hold a floating literal that the lexer would split?
-constexpr bool MayHoldFloatingLiteral(unsigned classes) {
+/// May a text of these classes hold a floating literal with a sign in it?
+constexpr bool MayHoldSignedExponent(unsigned classes) {
   constexpr unsigned kSignedExponent = kSign | kExponent;
-  return (classes & kPoint) != 0 || (classes & kSignedExponent) == kSignedExponent;
+  return (classes & kSignedExponent) == kSignedExponent;
 }
 
 /// The classes of all of the text's characters together.

@@ -10,6 +10,7 @@
 #include "resolver/Markers.h"
 #include "resolver/Operators.h"
 #include "resolver/Owed.h"
+#include "resolver/SparePool.h"
 #include "resolver/StringParametersResolving.h"
 
 namespace {
@@ -33,14 +34,6 @@ void EraseFences(std::string* text) {
   text->swap(kept);
 }
 
-/// Where the first character at or behind `from` is that is (`wanted`) or is not of the classes.
-std::size_t FindClass(std::string_view text, std::size_t from, unsigned classes, bool wanted) {
-  for (std::size_t at = from; at < text.size(); ++at) {
-    if (resolver::IsOf(text[at], classes) == wanted) return at;
-  }
-  return std::string_view::npos;
-}
-
 /// An operand and the operators around it, as they stand in the element.
 struct LexicalBlock {
   std::string_view before;
@@ -52,15 +45,15 @@ struct LexicalBlock {
 bool TakeLexicalBlock(std::string_view text, unsigned delimiters, unsigned long* pos,
                       LexicalBlock* block) {
   if (*pos == std::string::npos) return false;
-  const std::size_t start = FindClass(text, *pos, delimiters, false);
+  const std::size_t start = resolver::FindClass(text, *pos, delimiters, false);
   if (start == std::string::npos) return false;
   block->before = text.substr(*pos, start - *pos);
-  const std::size_t end = FindClass(text, start + 1, delimiters, true);
+  const std::size_t end = resolver::FindClass(text, start + 1, delimiters, true);
   block->area = text.substr(start, end - start);
   block->after = {};
   *pos = std::string::npos;
   if (end == std::string::npos) return true;
-  const std::size_t next = FindClass(text, end + 1, delimiters, false);
+  const std::size_t next = resolver::FindClass(text, end + 1, delimiters, false);
   block->after = text.substr(end, next - end);
   // The run stays ahead of the position: the next block gets it once more, as its `before`. The
   // binary operator is read from the one copy, the next operand's prefix operators from the other.
@@ -89,15 +82,14 @@ bool TStringResolver::GetFirstLexicalBlockStartingFromPos(std::string_view text,
 /// As `SolveBasicElement`; the blocks that it leaves may owe texts and types.
 bool TStringResolver::SolveElement(std::string_view element) {
   elementFlag = false;
-  spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
   if (resolver::IsPlainOperand(element)) {
-    AreaBlock& block = PrepareSpareBlock();
-    block.BeforeText.clear();
-    block.AreaText = element;
-    block.AfterText.clear();
-    areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
-    return EvaluateOperand(&block);
+    AreaBlock& block = PutBlock(element);
+    if (!LookUpLabel(&block)) return false;
+    TypeOperand(&block);
+    resolver::OweValue(&block);
+    return true;
   }
+  spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
   std::uint32_t rows = 0;
   if (CutPlainElement(element, &rows)) return RunRows(&areaBlocks, rows);
   spareBlocks_.splice(spareBlocks_.begin(), areaBlocks);
@@ -127,11 +119,22 @@ bool TStringResolver::CutElement(std::string_view element) {
   return true;
 }
 
+/// Makes one block of `areaBlocks`, which has no operators.
+AreaBlock& TStringResolver::PutBlock(std::string_view operand) {
+  spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
+  AreaBlock& block = PrepareSpareBlock();
+  block.BeforeText.clear();
+  block.AreaText = operand;
+  block.AfterText.clear();
+  areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
+  return block;
+}
+
 /// The first spare block, reset but for its texts and type; one is made when there is none. Blocks
 /// are kept for the elements to come, so a resolution allocates no more of them than its longest
 /// element has.
 AreaBlock& TStringResolver::PrepareSpareBlock() {
-  if (spareBlocks_.empty()) {
+  if (spareBlocks_.empty() && !resolver::TakeSpareBlock(&spareBlocks_)) {
     AreaBlock& made = spareBlocks_.emplace_back();
     made.CastType.Assign(defaultType);
     return made;

@@ -27,6 +27,14 @@ class GapText {
     before_ += text.size();
   }
 
+  /// Makes room in front of the gap for at most `count` characters; `put` writes there and returns
+  /// the end of what it wrote.
+  template <typename Put>
+  void FillBefore(std::size_t count, Put put) {
+    if (behind_ - before_ < count) Widen(count);
+    before_ = static_cast<std::size_t>(put(data_ + before_) - data_);
+  }
+
   [[nodiscard]] std::string_view Before() const { return {data_, before_}; }
   [[nodiscard]] std::string_view Behind() const { return {data_ + behind_, size_ - behind_}; }
 

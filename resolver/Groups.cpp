@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -39,13 +40,27 @@ class Nesting {
   bool regular_ = true;
 };
 
-/// Do these texts put what is between them in the first brackets of an operand? Not of one with
-/// marks in it, which are read before brackets are joined, nor of one behind a parenthesis: an
-/// empty group vanishes and joins what is around it.
-bool IsFirstSubscript(std::string_view before, std::string_view behind, unsigned delimiters) {
+bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+/// Do these texts put what is between them in brackets of an operand, in the first ones or, if
+/// brackets open and close `inTurn`, in further ones? Not of an operand with marks in it, which are
+/// read before brackets are joined, nor of one behind a parenthesis: an empty group vanishes and
+/// joins what is around it.
+bool IsSubscript(std::string_view before, std::string_view behind, unsigned delimiters,
+                 bool inTurn) {
   constexpr unsigned kUnfit =
       resolver::kBracket | resolver::kSubResultOrSpace | resolver::kParenthesis;
   if (!before.ends_with('[') || !behind.starts_with(']')) return false;
+  if (inTurn) {
+    // Of a row of them the last has been looked at, and walked back from to the operand: had it not
+    // been a subscript, it would not be a number now.
+    if (behind.starts_with("][")) return behind.size() > 2 && IsDigit(behind[2]);
+    while (before.ends_with("][")) {
+      before = before.substr(0, before.rfind('[', before.size() - 2) + 1);
+    }
+  }
   const std::size_t bracket = before.size() - 1;
   std::size_t operand = bracket;
   while (operand > 0 && !resolver::IsOf(before[operand - 1], delimiters)) {
@@ -53,6 +68,17 @@ bool IsFirstSubscript(std::string_view before, std::string_view behind, unsigned
     if (resolver::IsOf(before[operand], kUnfit)) return false;
   }
   return operand < bracket;
+}
+
+/// Do the text's brackets open and close in turn?
+bool HasBracketsInTurn(std::string_view text) {
+  char expected = '[';
+  for (const char c : text) {
+    if (!resolver::IsOf(c, resolver::kBracket)) continue;
+    if (c != expected) return false;
+    expected = c == '[' ? ']' : '[';
+  }
+  return expected == '[';
 }
 
 /// Is the text nothing but operators that no part of a sub-result's encoding can be taken for?
@@ -63,41 +89,21 @@ bool IsPrefix(std::string_view text, unsigned delimiters) {
   return true;
 }
 
-/// Puts the number of a first subscript behind the gap, and takes the fences off the further
-/// subscripts of numbers that follow it: "][" and a sub-result each. The lexer would join all of
-/// them to the operand, at three times the cost.
-void JoinSubscripts(std::uint64_t number, resolver::GapText* text) {
-  std::string joined = resolver::WriteUnsigned(number);
-  std::string_view rest = text->Behind();
-  while (rest.starts_with("][")) {
-    std::string_view behind = rest.substr(2);
-    resolver::SubResult next;
-    if (!behind.starts_with(resolver::kSubResultStart)) break;
-    if (!resolver::TakeSubResult(&behind, &next) || !behind.starts_with(']')) break;
-    joined.append("][").append(next.number);
-    rest = behind;
-  }
-  text->DropBehind(text->Behind().size() - rest.size());
-  text->PutBehind(joined);
+/// Is the block an integer in the default memory space, whose text nobody has written yet?
+bool IsPlainNumber(const AreaBlock& block) {
+  return block.Owed == OwedText::kInteger && block.ValueKind == 0 && block.MemorySpace == 0;
 }
 
-/// Writes each bracket with a parenthesis inside it, so that every subscript is a group. Returns
-/// whether brackets open and close in turn.
-bool GroupSubscripts(std::string_view text, resolver::GapText* grouped) {
-  bool inTurn = true;
-  char expected = '[';
-  std::size_t copied = 0;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    const char c = text[at];
-    if (c != '[' && c != ']') continue;
-    grouped->PutBefore(text.substr(copied, at - copied));
-    grouped->PutBefore(c == '[' ? "[(" : ")]");
-    copied = at + 1;
-    inTurn = inTurn && c == expected;
-    expected = c == '[' ? ']' : '[';
-  }
-  grouped->PutBefore(text.substr(copied));
-  return inTurn;
+/// Writes each bracket with a parenthesis inside it, so that every subscript is a group.
+void GroupSubscripts(std::string_view text, resolver::GapText* grouped) {
+  grouped->FillBefore(2 * text.size(), [text](char* to) {
+    for (const char c : text) {
+      if (c == ']') *to++ = ')';
+      *to++ = c;
+      if (c == '[') *to++ = '(';
+    }
+    return to;
+  });
 }
 
 }  // namespace
@@ -105,67 +111,124 @@ bool GroupSubscripts(std::string_view text, resolver::GapText* grouped) {
 /// Evaluates the innermost group, the last one, until no group is left, and then what is left.
 /// `classes` are those of the text's characters.
 bool TStringResolver::SolveGroups(std::string_view expression, unsigned classes) {
+  const bool hasBrackets = (classes & resolver::kBracket) != 0;
+  const bool inTurn = hasBrackets && HasBracketsInTurn(expression);
+  if (inTurn && (classes & resolver::kParenthesis) == 0) return SolveSubscripted(expression);
   resolver::GapText grouped;
   resolver::GapText* const text = &grouped;
-  const bool hasBrackets = (classes & resolver::kBracket) != 0;
-  bool nests = (classes & resolver::kParenthesis) != 0;
   if (hasBrackets) {
-    nests = !GroupSubscripts(expression, text) || nests;
+    GroupSubscripts(expression, text);
   } else {
     text->PutBefore(expression);
   }
   std::size_t open = 0;
   // Only what stands in brackets is treated differently inside of a group.
-  nests = nests && hasBrackets;
-  Nesting nesting(nests ? text->Before() : std::string_view());
+  Nesting nesting(hasBrackets ? text->Before() : std::string_view());
+  // What the last group is worth, when it left no block.
+  std::optional<std::uint64_t> number;
   while ((open = text->Before().rfind('(')) != std::string_view::npos) {
-    if (nests) nesting.Leave(text->Before().substr(open));
+    if (hasBrackets) nesting.Leave(text->Before().substr(open));
     text->MoveGap(open);
     const std::size_t close = text->Behind().find(')');
-    if (close == std::string_view::npos) return Fail("Can`t find the end quote.");
+    if (close == std::string_view::npos) {
+      if (number) PutNumber(*number);
+      return Fail("Can`t find the end quote.");
+    }
     if (close == 1) {
       text->DropBehind(2);
       continue;
     }
-    const std::string_view group = text->Behind().substr(1, close - 1);
-    if (parentInterface->IsTypeName(std::string(group))) {
-      std::string cast(group);
-      resolver::MarkStars(&cast);
-      if (RegisterType(&cast)) return false;
-      text->DropBehind(close + 1);
-      text->PutBehind(cast);
+    std::string group(text->Behind().substr(1, close - 1));
+    text->DropBehind(close + 1);
+    if (parentInterface->IsTypeName(group)) {
+      if (!PutCast(&group, number, text)) return false;
       continue;
     }
-    if (!SolveElement(group)) return false;
-    text->DropBehind(close + 1);
-    AreaBlock& result = areaBlocks.front();
-    resolver::WriteOwedPointer(&result);
-    savedTypes.push_back(result.Type);
-    const bool isPlain =
-        result.Owed == OwedText::kInteger && result.ValueKind == 0 && result.MemorySpace == 0;
-    if (isPlain && IsPrefix(text->Before(), delimiterClass_) && text->Behind().empty()) {
+    if (!SolveGroup(group, &number)) return false;
+    const bool isLast = text->Behind().empty() && IsPrefix(text->Before(), delimiterClass_);
+    if (number && isLast) PutNumber(*number);
+    if (isLast && (number || IsPlainNumber(areaBlocks.front()))) {
       return SolvePrefixed(text->Before());
     }
     // Not inside of a group, whose text the host gets to see.
-    if (isPlain && hasBrackets && nesting.Outermost() &&
-        IsFirstSubscript(text->Before(), text->Behind(), delimiterClass_)) {
-      JoinSubscripts(result.OwedNumber, text);
-    } else {
-      PutSubResult(&result, text);
-    }
+    const bool isSubscript = hasBrackets && nesting.Outermost() &&
+                             IsSubscript(text->Before(), text->Behind(), delimiterClass_, inTurn);
+    PutSubResult(number, isSubscript, text);
   }
   const std::string_view element = text->Join();
   return !element.empty() && SolveElement(element);
 }
 
-/// Puts the encoded form of a sub-result behind the gap. Its type is the last that was saved.
-void TStringResolver::PutSubResult(AreaBlock* result, resolver::GapText* text) {
-  resolver::WriteOwedText(result);
-  if (result->ValueKind != 0) CheckFloatingPointStr(&result->AreaText);
-  std::array<char, 20> digits;
+/// The same for a text whose only groups are subscripts, one behind the other: `m[2][3]` in 4 900
+/// instructions instead of 5 300.
+bool TStringResolver::SolveSubscripted(std::string_view expression) {
+  resolver::GapText text;
+  std::optional<std::uint64_t> number;
+  std::string_view before = expression;
+  std::size_t close = 0;
+  while ((close = before.rfind(']')) != std::string_view::npos) {
+    text.PutBehind(before.substr(close));
+    const std::size_t subscript = before.rfind('[', close) + 1;
+    std::string group(before.substr(subscript, close - subscript));
+    before = before.substr(0, subscript);
+    if (group.empty()) continue;
+    if (parentInterface->IsTypeName(group)) {
+      if (!PutCast(&group, number, &text)) return false;
+      continue;
+    }
+    if (!SolveGroup(group, &number)) return false;
+    PutSubResult(number, IsSubscript(before, text.Behind(), delimiterClass_, true), &text);
+  }
+  text.PutBehind(before);
+  return SolveElement(text.Behind());
+}
+
+/// Saves the type that a group names and puts a cast to it behind the gap. `number` is what the
+/// group before was worth, when it left no block.
+bool TStringResolver::PutCast(std::string* group, std::optional<std::uint64_t> number,
+                              resolver::GapText* text) {
+  resolver::MarkStars(group);
+  if (RegisterType(group)) {
+    if (number) PutNumber(*number);
+    return false;
+  }
+  text->PutBehind(*group);
+  return true;
+}
+
+/// Evaluates a group that is no type, and saves the type of what it is worth. A number that is left
+/// at `*number` has no block.
+bool TStringResolver::SolveGroup(const std::string& group, std::optional<std::uint64_t>* number) {
+  number->reset();
+  const bool isOperand = resolver::IsPlainOperand(group);
+  if (!(isOperand ? SolvePlainOperand(group, number) : SolveElement(group))) return false;
+  if (*number) {
+    AddSavedType().Assign(defaultType);
+  } else {
+    resolver::WriteOwedPointer(&areaBlocks.front());
+    AddSavedType().Assign(areaBlocks.front().Type);
+  }
+  return true;
+}
+
+/// Puts the last group behind the gap: the number alone of a subscript, which the lexer would join
+/// to its operand at three times the cost, else the encoded form of a sub-result. Its type is the
+/// last that was saved, its value is `number` or the block.
+void TStringResolver::PutSubResult(std::optional<std::uint64_t> number, bool isSubscript,
+                                   resolver::GapText* text) {
+  AreaBlock* const result = number ? nullptr : &areaBlocks.front();
+  if (!number && IsPlainNumber(*result)) number = result->OwedNumber;
+  resolver::Digits digits;
+  if (number && isSubscript) return text->PutBehind(resolver::WriteUnsigned(*number, &digits));
   text->PutBehind(resolver::kSubResultFence);
-  text->PutBehind(result->AreaText);
-  if (result->MemorySpace != 0) text->PutBehind({&resolver::kMemorySpaceMark, 1});
+  if (number) {
+    text->PutBehind(resolver::WriteUnsigned(*number, &digits));
+  } else {
+    resolver::WriteOwedText(result);
+    if (result->ValueKind != 0) CheckFloatingPointStr(&result->AreaText);
+    text->PutBehind(result->AreaText);
+    if (result->MemorySpace != 0) text->PutBehind({&resolver::kMemorySpaceMark, 1});
+  }
   text->PutBehind({&resolver::kSubResultClose, 1});
   text->PutBehind(resolver::WriteUnsigned(savedTypes.size() - 1, &digits));
   text->PutBehind(resolver::kSubResultStart);
@@ -175,11 +238,20 @@ void TStringResolver::PutSubResult(AreaBlock* result, resolver::GapText* text) {
 /// an element of its encoded form would do: `sizeof(s)` in 3 000 instructions instead of 3 600.
 bool TStringResolver::SolvePrefixed(std::string_view operators) {
   AreaBlock& block = areaBlocks.front();
-  resolver::WriteOwedText(&block);
   ResetBlock(&block);
   block.BeforeText = operators;
   block.AfterText.clear();
   // Its type is the one that was saved for it.
   block.HasCastType = true;
-  return RunRows(&areaBlocks, 0);
+  resolver::Digits digits;
+  const std::string_view number = resolver::WriteUnsigned(block.OwedNumber, &digits);
+  bool undefined = false;
+  block.Value = AskForLabel(number.data(), &undefined);
+  if (undefined) {
+    block.AreaText = number;
+    return Fail("Undefined label ", number);
+  }
+  TypeOperand(&block);
+  resolver::OweValue(&block);
+  return operators.empty() || ApplyPrefixes(&block);
 }

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
 
 #include "resolver/CharacterClass.h"
@@ -17,7 +19,8 @@ constexpr const char* kSecondSpaceType = "ZV_Lorn";
 /// The comparison is signed, so bytes above 0x7f never begin a literal.
 bool IsFloatingLiteral(const std::string& text) {
   const auto first = static_cast<signed char>(text.front());
-  return first > '.' && first <= ':' && text.find_first_of(",.") != std::string::npos;
+  return first > '.' && first <= ':' &&
+         resolver::FindClass(text, 0, resolver::kPoint) != std::string::npos;
 }
 
 }  // namespace
@@ -34,10 +37,8 @@ bool TStringResolver::EvaluateOperand(AreaBlock* block) {
   }
   if ((classes & resolver::kSubResultOrSpace) != 0) MoveToSecondSpace(block);
 
-  parentInterface->LabelTyped = false;
-  parentInterface->LabelType.Assign(defaultType);
-  parentInterface->LabelType.Size = 8;
   if ((classes & resolver::kPoint) != 0 && IsFloatingLiteral(block->AreaText)) {
+    ForgetLabelType();
     ReadFloatingLiteral(block);
   } else {
     if ((classes & resolver::kPoint) != 0) {
@@ -68,13 +69,55 @@ void TStringResolver::MoveToSecondSpace(AreaBlock* block) {
   block->BeforeText.insert(0, marks, '*');
 }
 
+void TStringResolver::ForgetLabelType() {
+  parentInterface->LabelTyped = false;
+  parentInterface->LabelType.Assign(defaultType);
+  parentInterface->LabelType.Size = 8;
+}
+
+/// Asks the host for the value, and the type, of a name or a number.
+std::uint64_t TStringResolver::AskForLabel(const char* text, bool* undefined) {
+  ForgetLabelType();
+  bool confirmed = false;
+  const std::uint64_t value = parentInterface->FindLabel(text, undefined, &confirmed);
+  allLabelsConfirmed = allLabelsConfirmed && confirmed;
+  return value;
+}
+
 bool TStringResolver::LookUpLabel(AreaBlock* block) {
   bool undefined = false;
-  bool confirmed = false;
-  block->Value = parentInterface->FindLabel(block->AreaText.c_str(), &undefined, &confirmed);
-  allLabelsConfirmed = allLabelsConfirmed && confirmed;
+  block->Value = AskForLabel(block->AreaText.c_str(), &undefined);
   if (undefined) return Fail("Undefined label ", block->AreaText);
   return true;
+}
+
+/// What `SolveElement` does for an element that is one plain operand. A number is left at `*number`
+/// without a block, until somebody may look at it: most are subscripts, worth their value only.
+bool TStringResolver::SolvePlainOperand(const std::string& operand,
+                                        std::optional<std::uint64_t>* number) {
+  elementFlag = false;
+  bool undefined = false;
+  const std::uint64_t value = AskForLabel(operand.c_str(), &undefined);
+  if (!undefined && !parentInterface->LabelTyped) {
+    *number = value;
+    return true;
+  }
+  AreaBlock& block = PutBlock(operand);
+  block.Value = value;
+  if (undefined) return Fail("Undefined label ", operand);
+  TypeOperand(&block);
+  resolver::OweValue(&block);
+  return true;
+}
+
+/// Makes the block that `SolvePlainOperand` did without.
+AreaBlock& TStringResolver::PutNumber(std::uint64_t number) {
+  AreaBlock& block = PutBlock({});
+  block.Value = number;
+  block.Type.Assign(defaultType);
+  block.HasCastType = true;
+  resolver::OweNumber(number, &block);
+  return block;
 }
 
 /// Literals are single precision, however many digits they have.

@@ -2,7 +2,6 @@
 #define STRINGRESOLVER_RESOLVER_OWED_H
 
 #include <cstdint>
-#include <utility>
 
 #include "model/AreaBlock.h"
 
@@ -40,7 +39,7 @@ inline void OweValue(AreaBlock* block, OwedText floating = OwedText::kFloating) 
 /// Makes the pointer type that the block owes.
 inline void WriteOwedPointer(AreaBlock* block) {
   if (!block->OwesPointer) return;
-  block->Type.PointTo(std::move(block->Type));
+  block->Type.BecomePointer();
   block->Type.IsAddress = true;
   block->Type.TypeNumber = block->OwedTypeNumber;
   block->OwesPointer = false;

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "resolver/BinaryRow.h"
@@ -36,17 +37,41 @@ bool MayHoldFence(std::string_view operators) {
          operators.find(resolver::kSubResultFence[0]) != std::string_view::npos;
 }
 
-/// Takes an operand off the front of `*text`; empty for one that the lexer has more to do for than
-/// to cut it out.
-std::string_view TakeOperand(std::string_view* text, unsigned delimiters) {
+/// An operand without the brackets behind it.
+struct Operand {
+  std::string_view name;
+  std::string_view subscripts;
+};
+
+/// Takes an operand off the front of `*text`; one without a name is one that the lexer has more to
+/// do for than to cut it out.
+Operand TakeOperand(std::string_view* text, unsigned delimiters) {
   if (text->front() == '[' || text->front() == ']') return {};
-  std::size_t count = 0;
-  for (; count < text->size() && !resolver::IsOf((*text)[count], delimiters); ++count) {
-    if (resolver::IsOf((*text)[count], resolver::kSubResultOrSpace)) return {};
+  const unsigned special = delimiters | resolver::kSubResultOrSpace | resolver::kBracket;
+  std::size_t length = 0;
+  while (length < text->size() && !resolver::IsOf((*text)[length], special)) ++length;
+  const std::string_view name = text->substr(0, length);
+  // Groups in brackets, without brackets inside.
+  char expected = '[';
+  std::size_t end = length;
+  for (; end < text->size() && !resolver::IsOf((*text)[end], delimiters); ++end) {
+    const char c = (*text)[end];
+    if (c == expected) {
+      expected = c == '[' ? ']' : '[';
+    } else if (expected == '[' || resolver::IsOf(c, special)) {
+      return {};
+    }
   }
-  const std::string_view operand = text->substr(0, count);
-  text->remove_prefix(count);
-  return operand;
+  if (expected == ']') return {};
+  const std::string_view subscripts = text->substr(length, end - length);
+  text->remove_prefix(end);
+  return {name, subscripts};
+}
+
+/// Sets a text that is most often empty.
+void SetText(std::string_view from, std::string* to) {
+  if (from.empty()) return to->clear();
+  *to = from;
 }
 
 }  // namespace
@@ -66,15 +91,16 @@ bool TStringResolver::CutPlainElement(std::string_view element, std::uint32_t* r
       const DataLableType* const type = SavedType(subResult.position);
       if (type == nullptr) return false;
       block.AreaText = subResult.number;
+      block.AfterText.clear();
       block.Type.Assign(*type);
       block.HasCastType = true;
     } else {
-      const std::string_view operand = TakeOperand(&element, delimiterClass_);
-      if (operand.empty()) return false;
-      block.AreaText = operand;
+      const Operand operand = TakeOperand(&element, delimiterClass_);
+      if (operand.name.empty()) return false;
+      block.AreaText = operand.name;
+      SetText(operand.subscripts, &block.AfterText);
     }
-    block.BeforeText = operators;
-    block.AfterText.clear();
+    SetText(operators, &block.BeforeText);
     block.Relation = relation;
     block.IsMemberName = relation == kMember || relation == kPointerMember;
     areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());

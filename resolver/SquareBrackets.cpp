@@ -120,7 +120,7 @@ bool TStringResolver::FindStringParameter(std::string* source, std::string* coll
 /// Moves the subscripts of an operand from its text to the front of `AfterText`.
 bool TStringResolver::SplitSubscripts(AreaBlock* block) {
   std::string& area = block->AreaText;
-  const std::size_t first = std::min(area.find_first_of("[]"), area.size());
+  const std::size_t first = std::min(resolver::FindClass(area, 0, resolver::kBracket), area.size());
   const std::string_view groups = std::string_view(area).substr(first);
   if (!IsRowOfGroups(groups)) return FindStringParameter(&area, &block->AfterText, "[", "]");
   block->AfterText.insert(0, groups);
@@ -158,18 +158,29 @@ bool TStringResolver::ApplySubscripts(AreaBlock* block) {
 
 /// Takes every bracket group out of `*text` and evaluates it.
 bool TStringResolver::SolveSubscripts(std::string* text, Subscripts* subscripts) {
-  const auto solve = [&](std::string_view group) { return SolveSubscript(group, subscripts); };
   // Groups at the text's start without brackets inside, which nearly all are, match as they stand.
   std::size_t taken = 0;
   bool solved = true;
   while (solved && taken < text->size() && (*text)[taken] == '[') {
-    const std::size_t last = text->find_first_of("[]", taken + 1);
+    const std::size_t last = resolver::FindClass(*text, taken + 1, resolver::kBracket);
     if (last == std::string::npos || (*text)[last] == '[') break;
-    solved = solve(std::string_view(*text).substr(taken, last + 1 - taken));
+    const std::string_view subscript = std::string_view(*text).substr(taken + 1, last - taken - 1);
+    if (resolver::IsPlainOperand(subscript) && nesting_ < kDeepestNesting) {
+      // The host takes texts that end with a NUL.
+      (*text)[last] = '\0';
+      solved = SolvePlainSubscript(subscript.data(), subscripts);
+      (*text)[last] = ']';
+    } else {
+      solved = SolveSubscript(subscript, subscripts);
+    }
     taken = last + 1;
   }
+  const bool isDone = taken == text->size();
   text->erase(0, taken);
-  if (!solved || text->empty()) return solved;
+  if (!solved || isDone) return solved;
+  const auto solve = [&](std::string_view group) {
+    return SolveSubscript(group.substr(1, group.size() - 2), subscripts);
+  };
   switch (TakeGroups(text, "[", "]", solve)) {
     case BracketMatch::kNoClose:
       return Fail("Can`t find ending quote ']'");
@@ -185,15 +196,14 @@ bool TStringResolver::SolveSubscripts(std::string* text, Subscripts* subscripts)
 
 /// What a nested resolver does with a text that is one operand without operators, as nearly every
 /// subscript is by now: a third of the instructions that building and running one takes.
-bool TStringResolver::SolvePlainSubscript(std::string_view subscript, Subscripts* subscripts) {
+bool TStringResolver::SolvePlainSubscript(const char* subscript, Subscripts* subscripts) {
   const std::string file = parentInterface->GetFileName();
-  const std::string name(subscript);
   bool undefined = false;
   bool confirmed = false;
   parentInterface->LabelTyped = false;
   static const DataLableType kDefault;
   parentInterface->LabelType.Assign(kDefault);
-  const std::uint64_t value = parentInterface->FindLabel(name.c_str(), &undefined, &confirmed);
+  const std::uint64_t value = parentInterface->FindLabel(subscript, &undefined, &confirmed);
   if (undefined) return false;
   if (!parentInterface->LabelTyped) {
     subscripts->Add(value);
@@ -212,12 +222,13 @@ bool TStringResolver::SolvePlainSubscript(std::string_view subscript, Subscripts
   return true;
 }
 
-/// Evaluates one subscript, a group with its brackets, with a resolver of its own.
-bool TStringResolver::SolveSubscript(std::string_view group, Subscripts* subscripts) {
-  const std::string_view subscript = group.substr(1, group.size() - 2);
+/// Evaluates the text of one subscript with a resolver of its own.
+bool TStringResolver::SolveSubscript(std::string_view subscript, Subscripts* subscripts) {
   if (subscript.empty()) return Fail("Quotes are empty");
   if (nesting_ == kDeepestNesting) return false;
-  if (resolver::IsPlainOperand(subscript)) return SolvePlainSubscript(subscript, subscripts);
+  if (resolver::IsPlainOperand(subscript)) {
+    return SolvePlainSubscript(std::string(subscript).c_str(), subscripts);
+  }
   TStringResolver nested(parentInterface);
   nested.nesting_ = nesting_ + 1;
   nested.spareBlocks_.swap(spareBlocks_);

@@ -9,6 +9,7 @@
 #include "resolver/CharacterClass.h"
 #include "resolver/Owed.h"
 #include "resolver/SizeMask.h"
+#include "resolver/SparePool.h"
 #include "resolver/ValueText.h"
 
 namespace {
@@ -81,6 +82,12 @@ TStringResolver::TStringResolver(TParrentInterface* parent, std::string_view fil
   delimiters = delimiterSets_.without.data();
 }
 
+TStringResolver::~TStringResolver() {
+  resolver::LeaveSpares(&areaBlocks);
+  resolver::LeaveSpares(&spareBlocks_);
+  resolver::LeaveSpares(&savedTypes);
+}
+
 bool TStringResolver::SolveStringOfElements(std::string_view expression) {
   Resolution scope(this);
   const bool solved = Resolve(expression);
@@ -96,7 +103,8 @@ bool TStringResolver::Resolve(std::string_view expression) {
   if ((classes & resolver::kBlank) != 0) ProcessBasickTypes(&text_);
   if ((classes & resolver::kLetterOfSizeof) != 0 && !RewriteSizeofs(&text_)) return false;
   if ((classes & resolver::kBlank) != 0) std::erase(text_, ' ');
-  if (resolver::MayHoldFloatingLiteral(classes)) CheckFloatingPointStr(&text_);
+  if ((classes & resolver::kPoint) != 0) ProtectPoints(&text_);
+  if (resolver::MayHoldSignedExponent(classes)) ProtectSignedExponents(&text_);
   const bool hasGroups = (classes & (resolver::kParenthesis | resolver::kBracket)) != 0;
   const bool solved =
       hasGroups ? SolveGroups(text_, classes) : !text_.empty() && SolveElement(text_);

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -35,6 +36,7 @@ class TStringResolver {
   explicit TStringResolver(TParrentInterface* parent);
   TStringResolver(const TStringResolver&) = delete;
   TStringResolver& operator=(const TStringResolver&) = delete;
+  ~TStringResolver();
 
   /// Resolves one expression. True: the result fields hold what it denotes. False: `errorMessage`
   /// says why (a few failures leave it as it was), and the result fields keep their values, but for
@@ -178,8 +180,13 @@ class TStringResolver {
 
   // Each of these is documented where it is defined, and belongs to one source.
   bool RewriteSizeofs(std::string* text);
+  static void ProtectPoints(std::string* text);
+  void ProtectSignedExponents(std::string* text);
   bool SolveGroups(std::string_view expression, unsigned classes);
-  void PutSubResult(AreaBlock* result, resolver::GapText* text);
+  bool SolveSubscripted(std::string_view expression);
+  bool PutCast(std::string* group, std::optional<std::uint64_t> number, resolver::GapText* text);
+  bool SolveGroup(const std::string& group, std::optional<std::uint64_t>* number);
+  void PutSubResult(std::optional<std::uint64_t> number, bool isSubscript, resolver::GapText* text);
   bool SolvePrefixed(std::string_view operators);
   bool Resolve(std::string_view expression);
   bool SolveElement(std::string_view element);
@@ -193,7 +200,10 @@ class TStringResolver {
   [[nodiscard]] const DataLableType& FirstMember(const DataLableType& type) const;
   DataLableType DescribeType(std::string* name, bool* unknown);
   const DataLableType* SavedType(std::uint64_t position);
+  DataLableType& AddSavedType();
 
+  AreaBlock& PutBlock(std::string_view operand);
+  AreaBlock& PutNumber(std::uint64_t number);
   AreaBlock& PrepareSpareBlock();
   void ResetBlock(AreaBlock* block);
   bool TakeSavedTypes(AreaBlock* block);
@@ -216,13 +226,16 @@ class TStringResolver {
   bool SelectMember(AreaBlock* block);
 
   void MoveToSecondSpace(AreaBlock* block);
+  void ForgetLabelType();
+  std::uint64_t AskForLabel(const char* text, bool* undefined);
   bool LookUpLabel(AreaBlock* block);
+  bool SolvePlainOperand(const std::string& operand, std::optional<std::uint64_t>* number);
   void ReadFloatingLiteral(AreaBlock* block);
   void TypeOperand(AreaBlock* block);
   bool SplitSubscripts(AreaBlock* block);
   bool ApplySubscripts(AreaBlock* block);
-  bool SolvePlainSubscript(std::string_view subscript, Subscripts* subscripts);
-  bool SolveSubscript(std::string_view group, Subscripts* subscripts);
+  bool SolvePlainSubscript(const char* subscript, Subscripts* subscripts);
+  bool SolveSubscript(std::string_view subscript, Subscripts* subscripts);
   bool SolveSubscripts(std::string* text, Subscripts* subscripts);
   bool SearchMembers(const DataLableType& type, const std::string& name, DataLableType* found);
   void MergeTypes(AreaBlock* left, AreaBlock* right);

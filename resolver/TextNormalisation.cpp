@@ -16,6 +16,17 @@ bool IsDigit(char c) {
   return c >= '0' && c <= '9';
 }
 
+/// Is there a blank before the first letter of a basic type keyword? Most blanks stand around
+/// operators; looking for the keywords took a tenth of `(x+1)*(x-2)/3 + a[2]`.
+bool MayHoldMarkedKeyword(std::string_view text) {
+  constexpr std::string_view kFirstLetters = "dflisuc";
+  for (std::size_t at = text.find(' '); at != std::string_view::npos; at = text.find(' ', at + 1)) {
+    const std::size_t next = at + 1;
+    if (next < text.size() && kFirstLetters.find(text[next]) != std::string_view::npos) return true;
+  }
+  return false;
+}
+
 /// Where the first keyword worth a look ends. Each keyword's start is held against the end of the
 /// one chosen so far, so of "unsigned int" it is "unsigned" that is stepped over: a type's first
 /// word needs no mark before it.
@@ -47,6 +58,7 @@ void ProtectExponents(std::string* text, const char* delimiters, std::string_vie
 }  // namespace
 
 void TStringResolver::ProcessBasickTypes(std::string* text) {
+  if (!MayHoldMarkedKeyword(*text)) return;
   std::size_t position = EndOfLeadingKeyword(*text);
   if (position == std::string::npos) return;
   // Where each keyword comes next; looked for again only once the position has passed it.
@@ -82,22 +94,22 @@ void TStringResolver::ProcessBasickTypes(std::string* text) {
 }
 
 bool TStringResolver::CheckFloatingPointStr(std::string* text) {
-  bool hasSignedExponent = false;
-  for (std::size_t at = 0; at + 1 < text->size(); ++at) {
-    char& c = (*text)[at];
-    const char next = (*text)[at + 1];
-    if (c == '.') {
-      if (at > 0 && IsDigit(next)) c = resolver::kProtectedPoint;
-    } else if (c == resolver::kExponentPlus[0]) {
-      hasSignedExponent = hasSignedExponent || next == '+' || next == '-';
-    }
+  ProtectPoints(text);
+  ProtectSignedExponents(text);
+  return false;
+}
+
+void TStringResolver::ProtectPoints(std::string* text) {
+  for (std::size_t at = text->find('.', 1); at != std::string::npos; at = text->find('.', at + 1)) {
+    if (at + 1 < text->size() && IsDigit((*text)[at + 1])) (*text)[at] = resolver::kProtectedPoint;
   }
-  if (!hasSignedExponent) return false;
+}
+
+void TStringResolver::ProtectSignedExponents(std::string* text) {
   ProtectExponents(text, delimitersWithParentheses, resolver::kExponentPlus,
                    resolver::kProtectedExponentPlus);
   ProtectExponents(text, delimitersWithParentheses, resolver::kExponentMinus,
                    resolver::kProtectedExponentMinus);
-  return false;
 }
 
 bool TStringResolver::RestoreFloatingPointStr(std::string* text) {

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "resolver/Markers.h"
+#include "resolver/SparePool.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
 
@@ -20,17 +21,24 @@ DataLableType TStringResolver::DescribeType(std::string* name, bool* unknown) {
   }
   *unknown = false;
   DataLableType type = parentInterface->GetTypeDescription(*name, unknown);
-  for (; stars > 0; --stars) type.PointTo(type);
+  for (; stars > 0; --stars) type.BecomePointer();
   return type;
 }
 
 bool TStringResolver::RegisterType(std::string* text) {
   bool unknown = false;
-  savedTypes.push_back(DescribeType(text, &unknown));
+  DataLableType type = DescribeType(text, &unknown);
+  AddSavedType().Swap(type);
   *text = resolver::kCastMark;
   text->append(savedTypes.size() - 1, resolver::kCastIndexMark);
   *text += resolver::kCastMark;
   return unknown;
+}
+
+/// A default entry at the end of the saved types.
+DataLableType& TStringResolver::AddSavedType() {
+  if (!resolver::TakeSpareType(&savedTypes)) savedTypes.emplace_back();
+  return savedTypes.back();
 }
 
 bool TStringResolver::ProcessAreaAsType(AreaBlock* block, std::string_view text) {
@@ -81,7 +89,7 @@ bool TStringResolver::RewriteSizeofs(std::string* text) {
     }
     keepUntil(at);
     if (close < behind) close = text->find(')', behind);
-    std::array<char, 20> digits;
+    resolver::Digits digits;
     std::string_view replacement(&resolver::kSizeofMark, 1);
     if ((*text)[behind] == '(' && close != std::string::npos) {
       std::string operand = text->substr(behind + 1, close - behind - 1);

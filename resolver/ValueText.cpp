@@ -217,8 +217,10 @@ std::string WriteUnsigned(std::uint64_t value) {
   return text;
 }
 
-std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits) {
-  std::size_t first = digits->size();
+std::string_view WriteUnsigned(std::uint64_t value, Digits* digits) {
+  const std::size_t end = digits->size() - 1;
+  (*digits)[end] = '\0';
+  std::size_t first = end;
   while (value >= 100) {
     first -= 2;
     std::memcpy(&(*digits)[first], &kPairsOfDigits[value % 100 * 2], 2);
@@ -230,11 +232,11 @@ std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits
   } else {
     (*digits)[--first] = static_cast<char>('0' + value);
   }
-  return {digits->data() + first, digits->size() - first};
+  return {digits->data() + first, end - first};
 }
 
 void WriteUnsigned(std::uint64_t value, std::string* text) {
-  std::array<char, 20> digits;
+  Digits digits;
   *text = WriteUnsigned(value, &digits);
 }
 

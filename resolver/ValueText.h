@@ -30,8 +30,11 @@ std::string WriteUnsigned(std::uint64_t value);
 /// Writes the number in place of `*text`.
 void WriteUnsigned(std::uint64_t value, std::string* text);
 
-/// Writes the number into `*digits`, where the result lies.
-std::string_view WriteUnsigned(std::uint64_t value, std::array<char, 20>* digits);
+/// Room for any number, with a NUL behind it.
+using Digits = std::array<char, 21>;
+
+/// Writes the number to the end of `*digits`, where the result lies; a NUL follows it.
+std::string_view WriteUnsigned(std::uint64_t value, Digits* digits);
 
 /// Writes six significant digits, as in "0.333333" or "1e+10", in place of `*text`.
 void WriteFloating(double value, std::string* text);

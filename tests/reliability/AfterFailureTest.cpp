@@ -6,6 +6,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/reliability/Allocations.h"
@@ -104,8 +105,8 @@ TEST(AfterFailure, AHostThatThrowsItsFileNameMakesNoObject) {
 }
 
 /// Resolves on an object of its own while the n-th allocation is refused. Empty: there were fewer.
-std::optional<bool> ResolveShortOfMemory(const std::string& expression, std::size_t n,
-                                         const std::vector<std::string>& expected) {
+std::optional<bool> ResolveOnNewObject(const std::string& expression, std::size_t n,
+                                       const std::vector<std::string>& expected) {
   FakeHost host;
   LoadProgram(host);
   host.quiet = true;
@@ -121,6 +122,15 @@ std::optional<bool> ResolveShortOfMemory(const std::string& expression, std::siz
     if (!refusal.Refused()) return std::nullopt;
   }
   EXPECT_EQ(OutcomesOfNextTexts(&resolver), expected) << expression << ", allocation " << n;
+  return threw;
+}
+
+/// The same on a thread of its own: one that has no blocks left from earlier objects, and takes
+/// those of this one with it.
+std::optional<bool> ResolveShortOfMemory(const std::string& expression, std::size_t n,
+                                         const std::vector<std::string>& expected) {
+  std::optional<bool> threw;
+  std::thread([&] { threw = ResolveOnNewObject(expression, n, expected); }).join();
   return threw;
 }
 

@@ -1,0 +1,29 @@
+#ifndef STRINGRESOLVER_RESOLVER_SPAREPOOL_H
+#define STRINGRESOLVER_RESOLVER_SPAREPOOL_H
+
+#include <list>
+
+#include "host/DataLableType.h"
+#include "model/AreaBlock.h"
+
+namespace resolver {
+
+// List entries that resolvers of this thread have left for the next ones. Hosts make a resolver for
+// each text, and making blocks and saved types and destroying them again was up to a sixth of what
+// such a one takes. A few are kept, which hold nothing of a host's: no types, and no texts that
+// took memory.
+
+/// Moves a block to the front of `*blocks`, if one is left. Its types are default ones, its texts
+/// and the other fields are anything. False for none.
+bool TakeSpareBlock(std::list<AreaBlock>* blocks) noexcept;
+
+/// Moves an entry, a default one, to the end of `*types`, if one is left. False for none.
+bool TakeSpareType(std::list<DataLableType>* types) noexcept;
+
+/// Takes entries off the lists for resolvers to come.
+void LeaveSpares(std::list<AreaBlock>* blocks) noexcept;
+void LeaveSpares(std::list<DataLableType>* types) noexcept;
+
+}  // namespace resolver
+
+#endif  // STRINGRESOLVER_RESOLVER_SPAREPOOL_H
