@@ -89,10 +89,9 @@ bool TStringResolver::SolveElement(std::string_view element) {
     resolver::OweValue(&block);
     return true;
   }
-  spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
   std::uint32_t rows = 0;
   if (CutPlainElement(element, &rows)) return RunRows(&areaBlocks, rows);
-  spareBlocks_.splice(spareBlocks_.begin(), areaBlocks);
+  SpareBlocks(areaBlocks.begin());
   return CutElement(element) && EvaluateBlocks(&areaBlocks);
 }
 
@@ -121,27 +120,45 @@ bool TStringResolver::CutElement(std::string_view element) {
 
 /// Makes one block of `areaBlocks`, which has no operators.
 AreaBlock& TStringResolver::PutBlock(std::string_view operand) {
-  spareBlocks_.splice(spareBlocks_.end(), areaBlocks);
-  AreaBlock& block = PrepareSpareBlock();
+  auto next = areaBlocks.begin();
+  AreaBlock& block = PrepareBlock(&next);
+  SpareBlocks(next);
   block.BeforeText.clear();
   block.AreaText = operand;
   block.AfterText.clear();
-  areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
   return block;
 }
 
-/// The first spare block, reset but for its texts and type; one is made when there is none. Blocks
-/// are kept for the elements to come, so a resolution allocates no more of them than its longest
-/// element has.
-AreaBlock& TStringResolver::PrepareSpareBlock() {
-  if (spareBlocks_.empty() && !resolver::TakeSpareBlock(&spareBlocks_)) {
-    AreaBlock& made = spareBlocks_.emplace_back();
-    made.CastType.Assign(defaultType);
-    return made;
+/// The block of `areaBlocks` at `*next`, which moves on, reset but for its texts and type; at their
+/// end, one more. Blocks are kept for the elements to come, so a resolution allocates no more of
+/// them than its longest element has.
+AreaBlock& TStringResolver::PrepareBlock(std::list<AreaBlock>::iterator* next) {
+  if (*next == areaBlocks.end()) {
+    if (!spareBlocks_.empty()) {
+      areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
+    } else if (!resolver::TakeSpareBlock(&areaBlocks)) {
+      areaBlocks.emplace_back();
+    }
+    *next = std::prev(areaBlocks.end());
   }
+  AreaBlock& block = **next;
+  ++*next;
+  ResetBlock(&block);
+  return block;
+}
+
+/// The first spare block, reset but for its texts and type; one is made when there is none.
+AreaBlock& TStringResolver::PrepareSpareBlock() {
+  if (spareBlocks_.empty() && !resolver::TakeSpareBlock(&spareBlocks_)) spareBlocks_.emplace_back();
   AreaBlock& block = spareBlocks_.front();
   ResetBlock(&block);
   return block;
+}
+
+/// Takes the blocks from `first` on out of use; they stay for elements to come.
+void TStringResolver::SpareBlocks(std::list<AreaBlock>::iterator first) {
+  if (first == areaBlocks.end()) return;
+  spareBlocks_.splice(spareBlocks_.end(), areaBlocks, first, areaBlocks.end());
 }
 
 /// Makes the block one that no row has seen, but for its texts and type.

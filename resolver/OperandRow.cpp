@@ -102,7 +102,8 @@ bool TStringResolver::SolvePlainOperand(const std::string& operand,
     *number = value;
     return true;
   }
-  AreaBlock& block = PutBlock(operand);
+  // The text of one that was found is its value.
+  AreaBlock& block = PutBlock(undefined ? std::string_view(operand) : std::string_view());
   block.Value = value;
   if (undefined) return Fail("Undefined label ", operand);
   TypeOperand(&block);

@@ -82,9 +82,10 @@ void SetText(std::string_view from, std::string* to) {
 bool TStringResolver::CutPlainElement(std::string_view element, std::uint32_t* rows) {
   RelationCode relation = kFirstBlock;
   std::string_view operators = TakeOperators(&element, delimiterClass_);
+  auto next = areaBlocks.begin();
   for (;;) {
     if (MayHoldFence(operators) || element.empty()) return false;
-    AreaBlock& block = PrepareSpareBlock();
+    AreaBlock& block = PrepareBlock(&next);
     if (resolver::IsOf(element.front(), delimiterClass_)) {
       resolver::SubResult subResult;
       if (!resolver::TakeSubResult(&element, &subResult)) return false;
@@ -103,8 +104,10 @@ bool TStringResolver::CutPlainElement(std::string_view element, std::uint32_t* r
     SetText(operators, &block.BeforeText);
     block.Relation = relation;
     block.IsMemberName = relation == kMember || relation == kPointerMember;
-    areaBlocks.splice(areaBlocks.end(), spareBlocks_, spareBlocks_.begin());
-    if (element.empty()) return true;
+    if (element.empty()) {
+      SpareBlocks(next);
+      return true;
+    }
 
     operators = TakeOperators(&element, delimiterClass_);
     relation = resolver::OperatorOf(operators);

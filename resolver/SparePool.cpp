@@ -34,22 +34,28 @@ Pool* PoolToFill() noexcept {
   return poolOfThread;
 }
 
+/// Every text has this much room in itself.
+constexpr std::size_t kOwnRoom = 15;
+
 void Clean(std::string* text) noexcept {
-  // Every text has this much room in itself.
-  constexpr std::size_t kOwnRoom = 15;
   if (text->capacity() > kOwnRoom) std::string().swap(*text);
 }
 
 void Clean(DataLableType* type) noexcept {
   Clean(&type->Name);
-  if (!type->Members.empty()) type->Members.clear();
-  if (!type->NestedTypes.empty()) type->NestedTypes.clear();
+  type->Members.clear();
+  type->NestedTypes.clear();
+}
+
+bool HoldsMemory(const DataLableType& type) noexcept {
+  return !type.Members.empty() || !type.NestedTypes.empty() || type.Name.capacity() > kOwnRoom;
 }
 
 void Clean(AreaBlock* block) noexcept {
   for (std::string* text : {&block->BeforeText, &block->AreaText, &block->AfterText}) Clean(text);
-  Clean(&block->Type);
-  Clean(&block->CastType);
+  for (DataLableType* type : {&block->Type, &block->CastType}) {
+    if (HoldsMemory(*type)) Clean(type);
+  }
 }
 
 template <typename Entry>
@@ -58,10 +64,9 @@ void Leave(std::list<Entry>* entries, std::list<Entry> Pool::*kept) noexcept {
   Pool* const pool = PoolToFill();
   if (pool == nullptr) return;
   std::list<Entry>& spares = pool->*kept;
-  while (!entries->empty() && spares.size() < kKept) {
-    Clean(&entries->front());
-    spares.splice(spares.begin(), *entries, entries->begin());
-  }
+  while (spares.size() + entries->size() > kKept) entries->pop_back();
+  for (Entry& entry : *entries) Clean(&entry);
+  spares.splice(spares.begin(), *entries);
 }
 
 template <typename Entry>
@@ -77,7 +82,7 @@ bool Take(std::list<Entry>* entries, typename std::list<Entry>::iterator before,
 }  // namespace
 
 bool TakeSpareBlock(std::list<AreaBlock>* blocks) noexcept {
-  return Take(blocks, blocks->begin(), &Pool::blocks);
+  return Take(blocks, blocks->end(), &Pool::blocks);
 }
 
 bool TakeSpareType(std::list<DataLableType>* types) noexcept {

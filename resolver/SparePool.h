@@ -13,14 +13,14 @@ namespace resolver {
 // such a one takes. A few are kept, which hold nothing of a host's: no types, and no texts that
 // took memory.
 
-/// Moves a block to the front of `*blocks`, if one is left. Its types are default ones, its texts
+/// Moves a block to the end of `*blocks`, if one is left. Its types are default ones, its texts
 /// and the other fields are anything. False for none.
 bool TakeSpareBlock(std::list<AreaBlock>* blocks) noexcept;
 
 /// Moves an entry, a default one, to the end of `*types`, if one is left. False for none.
 bool TakeSpareType(std::list<DataLableType>* types) noexcept;
 
-/// Takes entries off the lists for resolvers to come.
+/// Empties the list, and keeps entries of it for resolvers to come.
 void LeaveSpares(std::list<AreaBlock>* blocks) noexcept;
 void LeaveSpares(std::list<DataLableType>* types) noexcept;
 

@@ -97,12 +97,17 @@ bool TStringResolver::SolveStringOfElements(std::string_view expression) {
 }
 
 bool TStringResolver::Resolve(std::string_view expression) {
-  text_ = expression;
-  const unsigned classes = resolver::ClassesOf(text_);
+  const unsigned classes = resolver::ClassesOf(expression);
+  const bool hasBlanks = (classes & resolver::kBlank) != 0;
+  const bool mayHoldSizeof = (classes & resolver::kLetterOfSizeof) != 0;
+  if (!mayHoldSizeof || hasBlanks) text_ = expression;
   // A keyword is marked at the blank before it.
-  if ((classes & resolver::kBlank) != 0) ProcessBasickTypes(&text_);
-  if ((classes & resolver::kLetterOfSizeof) != 0 && !RewriteSizeofs(&text_)) return false;
-  if ((classes & resolver::kBlank) != 0) std::erase(text_, ' ');
+  if (hasBlanks) ProcessBasickTypes(&text_);
+  if (mayHoldSizeof) {
+    const std::string marked = hasBlanks ? std::move(text_) : std::string();
+    if (!RewriteSizeofs(hasBlanks ? marked : expression, &text_)) return false;
+  }
+  if (hasBlanks) std::erase(text_, ' ');
   if ((classes & resolver::kPoint) != 0) ProtectPoints(&text_);
   if (resolver::MayHoldSignedExponent(classes)) ProtectSignedExponents(&text_);
   const bool hasGroups = (classes & (resolver::kParenthesis | resolver::kBracket)) != 0;

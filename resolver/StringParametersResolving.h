@@ -179,7 +179,7 @@ class TStringResolver {
   TStringResolver(TParrentInterface* parent, std::string_view fileName);
 
   // Each of these is documented where it is defined, and belongs to one source.
-  bool RewriteSizeofs(std::string* text);
+  bool RewriteSizeofs(std::string_view text, std::string* rewritten);
   static void ProtectPoints(std::string* text);
   void ProtectSignedExponents(std::string* text);
   bool SolveGroups(std::string_view expression, unsigned classes);
@@ -204,7 +204,9 @@ class TStringResolver {
 
   AreaBlock& PutBlock(std::string_view operand);
   AreaBlock& PutNumber(std::uint64_t number);
+  AreaBlock& PrepareBlock(std::list<AreaBlock>::iterator* next);
   AreaBlock& PrepareSpareBlock();
+  void SpareBlocks(std::list<AreaBlock>::iterator first);
   void ResetBlock(AreaBlock* block);
   bool TakeSavedTypes(AreaBlock* block);
   bool AddSpareBlock();

@@ -1,7 +1,5 @@
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <string>
 #include <string_view>
@@ -10,6 +8,16 @@
 #include "resolver/SparePool.h"
 #include "resolver/StringParametersResolving.h"
 #include "resolver/ValueText.h"
+
+namespace {
+
+std::string WithoutBlanks(std::string_view text) {
+  std::string kept(text);
+  std::erase(kept, ' ');
+  return kept;
+}
+
+}  // namespace
 
 /// The type that `*name` stands for. The star marks at its end are removed, and each makes a
 /// pointer of the type; stars elsewhere stay in the name that the host is asked about.
@@ -68,54 +76,39 @@ const DataLableType* TStringResolver::SavedType(std::uint64_t position) {
   return &*from.entry;
 }
 
-/// Replaces `sizeof` of a type by its size, and any other by the unary mark. False, without a
-/// message, when the host does not know a type that it had accepted.
-bool TStringResolver::RewriteSizeofs(std::string* text) {
+/// Writes `text` with each `sizeof` of a type replaced by the type's size, and any other by the
+/// unary mark. False, without a message, when the host does not know a type that it had accepted.
+bool TStringResolver::RewriteSizeofs(std::string_view text, std::string* rewritten) {
   constexpr std::string_view kKeyword = "sizeof";
-  // What has been rewritten is moved together at the text's start, so that the rest moves once.
-  std::size_t rewritten = 0;
+  rewritten->clear();
   std::size_t copied = 0;
-  const auto keepUntil = [&](std::size_t end) {
-    if (rewritten != copied) std::memmove(&(*text)[rewritten], &(*text)[copied], end - copied);
-    rewritten += end - copied;
-  };
   std::size_t close = 0;
   std::size_t at = 0;
-  while ((at = text->find(kKeyword, at)) != std::string::npos) {
-    std::size_t behind = at + kKeyword.size();
-    if (behind == text->size() || ((*text)[behind] != ' ' && (*text)[behind] != '(')) {
+  while ((at = text.find(kKeyword, at)) != std::string_view::npos) {
+    const std::size_t behind = at + kKeyword.size();
+    if (behind == text.size() || (text[behind] != ' ' && text[behind] != '(')) {
       ++at;
       continue;
     }
-    keepUntil(at);
-    if (close < behind) close = text->find(')', behind);
-    resolver::Digits digits;
-    std::string_view replacement(&resolver::kSizeofMark, 1);
-    if ((*text)[behind] == '(' && close != std::string::npos) {
-      std::string operand = text->substr(behind + 1, close - behind - 1);
-      std::erase(operand, ' ');
-      if (parentInterface->IsTypeName(operand)) {
-        resolver::MarkStars(&operand);
+    rewritten->append(text.substr(copied, at - copied));
+    copied = at = behind;
+    if (close < behind) close = text.find(')', behind);
+    if (text[behind] == '(' && close != std::string_view::npos) {
+      const std::string_view operand = text.substr(behind + 1, close - behind - 1);
+      if (parentInterface->IsTypeName(WithoutBlanks(operand))) {
+        std::string name = WithoutBlanks(operand);
+        resolver::MarkStars(&name);
         bool unknown = false;
-        const DataLableType type = DescribeType(&operand, &unknown);
+        const DataLableType type = DescribeType(&name, &unknown);
         if (unknown) return false;
-        replacement = resolver::WriteUnsigned(type.Size, &digits);
-        behind = close + 1;
+        resolver::Digits digits;
+        rewritten->append(resolver::WriteUnsigned(type.Size, &digits));
+        copied = at = close + 1;
+        continue;
       }
     }
-    // Of all types only those of ten digits may take more room than what they stand for.
-    if (rewritten + replacement.size() > behind) {
-      const std::size_t room = 1 + text->size() / 8;
-      text->insert(behind, room, ' ');
-      behind += room;
-      if (close != std::string::npos) close += room;
-    }
-    replacement.copy(&(*text)[rewritten], replacement.size());
-    rewritten += replacement.size();
-    copied = at = behind;
+    rewritten->push_back(resolver::kSizeofMark);
   }
-  if (copied == 0) return true;
-  keepUntil(text->size());
-  text->resize(rewritten);
+  rewritten->append(text.substr(copied));
   return true;
 }

@@ -47,8 +47,9 @@ struct Expression {
 /// Resolutions of one measurement: the state of the heap makes one of them differ from the next a
 /// little.
 constexpr std::size_t kTimes = 20;
-/// Resolutions before it, which find the blocks and buffers that later ones use again.
-constexpr std::size_t kWarmUp = 3;
+/// Resolutions before it, which find the blocks and buffers that later ones use again, and use up
+/// the saved types that earlier resolvers have left.
+constexpr std::size_t kWarmUp = 20;
 
 /// True when all went as meant.
 bool MeasureFigures(const std::string& resolver, const Expression& expression, auto resolve) {
