@@ -93,6 +93,20 @@ TEST(State, TheLastElementsBlocksStay) {
   EXPECT_EQ(resolver.areaBlocks.size(), 1U);
 }
 
+TEST(State, ANumbersBlockStaysWhereTheTextFailsBehindIt) {
+  for (const char* expression : {"(1+(2)", "(gone)(2)", "arr[gone][2]"}) {
+    FakeHost host;
+    LoadProgram(host);
+    host.AddVanishingType("gone");
+    OpenResolver resolver(&host);
+    EXPECT_FALSE(resolver.SolveStringOfElements(expression)) << expression;
+    ASSERT_EQ(resolver.areaBlocks.size(), 1U) << expression;
+    EXPECT_EQ(resolver.areaBlocks.front().AreaText, "2") << expression;
+    EXPECT_EQ(resolver.areaBlocks.front().Value, 2U) << expression;
+    EXPECT_TRUE(resolver.areaBlocks.front().HasCastType) << expression;
+  }
+}
+
 TEST(State, AUsedResolverAnswersLikeAFreshOne) {
   FakeHost host;
   LoadProgram(host);
