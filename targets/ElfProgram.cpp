@@ -18,6 +18,7 @@
 #include "targets/Error.h"
 #include "targets/LabelChoice.h"
 #include "targets/ProgramLabels.h"
+#include "targets/Remembered.h"
 #include "targets/SeparateDebug.h"
 #include "targets/Texts.h"
 #include "targets/TypeLookup.h"
@@ -186,6 +187,33 @@ struct ElfProgram::Parts {
     return BasicTypeRecord(layout, name).has_value();
   }
 
+  // Of names that are not those of records.
+
+  bool HasType(std::string_view name) {
+    if (HasGlobalType(name)) return true;
+    if (!debug) return false;
+    if (!CanonicalBasicType(name).empty()) return false;
+    // Neither the symbol table nor what is inside of functions is worth reading for `structnode`,
+    // which another reading explains.
+    const auto known = [&](std::string_view reading) {
+      return reading != name && HasGlobalType(reading);
+    };
+    if (CanonicalTypeName(name, known) || HasLabel(name)) return false;
+    return debug->lookup.Find(name, debug->index.Local()).has_value();
+  }
+
+  std::optional<DataLableType> FindType(std::string_view name) {
+    if (debug) {
+      if (const auto entry = TypeEntry(name)) return debug->types.Full(*entry);
+    }
+    if (auto basic = BasicTypeRecord(layout, name)) {
+      basic->TypeNumber = basicShapes.NumberOf(name);
+      return basic;
+    }
+    if (damage) throw Error(*damage);
+    return std::nullopt;
+  }
+
   std::optional<Dwarf_Die> TypeEntry(std::string_view name) {
     if (auto found = debug->lookup.Find(name, debug->index.Global())) return found->die;
     if (!CanonicalBasicType(name).empty()) return std::nullopt;
@@ -221,9 +249,14 @@ struct ElfProgram::Parts {
   /// What the user called the current file of a program that names none.
   std::string chosenFile;
   std::vector<MemberRemark> noRemarks;
-  /// The typed labels found so far, with the current source file as it is: at every stop a debugger
-  /// asks for the same ones.
+  // With the current source file as it is.
+
+  /// The typed labels found so far: at every stop a debugger asks for the same ones.
   std::map<std::string, Label, std::less<>> variables;
+  Remembered<bool> typeNames;
+  Remembered<std::optional<DataLableType>> types;
+  /// By the names of records, which are the same in every source file.
+  Remembered<DataLableType> records;
 };
 
 ElfProgram::ElfProgram(const std::string& path, ElfOptions options)
@@ -237,6 +270,8 @@ MemorySource& ElfProgram::Memory() {
 
 void ElfProgram::SetCurrentFile(const std::string& name) {
   parts_->variables.clear();
+  parts_->typeNames.Forget();
+  parts_->types.Forget();
   if (parts_->debug && parts_->debug->units.FirstSource()) {
     parts_->debug->units.MakeCurrent(name);
   } else {
@@ -300,32 +335,18 @@ std::optional<NamedObject> ElfProgram::FindObject(std::string_view name) {
 }
 
 bool ElfProgram::HasType(std::string_view name) {
-  if (!parts_->debug) return BasicTypeRecord(parts_->layout, name).has_value();
-  DebugInfo& debug = *parts_->debug;
-  if (debug.types.NamedRecordType(name)) return true;
-  if (parts_->HasGlobalType(name)) return true;
-  if (!CanonicalBasicType(name).empty()) return false;
-  // Neither the symbol table nor what is inside of functions is worth reading for `structnode`,
-  // which another reading explains.
-  const auto known = [&](std::string_view reading) {
-    return reading != name && parts_->HasGlobalType(reading);
-  };
-  if (CanonicalTypeName(name, known) || parts_->HasLabel(name)) return false;
-  return debug.lookup.Find(name, debug.index.Local()).has_value();
+  if (parts_->debug && parts_->debug->types.NamedRecordType(name)) return true;
+  return parts_->typeNames.Get(name, [&] { return parts_->HasType(name); });
 }
 
 std::optional<DataLableType> ElfProgram::FindType(std::string_view name) {
   if (parts_->debug) {
-    DebugInfo& debug = *parts_->debug;
-    if (const auto named = debug.types.NamedRecordType(name)) return debug.types.Full(*named);
-    if (const auto entry = parts_->TypeEntry(name)) return debug.types.Full(*entry);
+    DwarfTypes& types = parts_->debug->types;
+    if (const auto named = types.NamedRecordType(name)) {
+      return parts_->records.Get(name, [&] { return types.Full(*named); });
+    }
   }
-  if (auto basic = BasicTypeRecord(parts_->layout, name)) {
-    basic->TypeNumber = parts_->basicShapes.NumberOf(name);
-    return basic;
-  }
-  if (parts_->damage) throw Error(*parts_->damage);
-  return std::nullopt;
+  return parts_->types.Get(name, [&] { return parts_->FindType(name); });
 }
 
 bool ElfProgram::IsIncomplete(std::string_view name) {

@@ -138,14 +138,15 @@ std::optional<Parts> TakeApart(std::string_view text) {
   Parts parts;
   std::size_t at = 0;
   while (at < text.size() && text[at] != '*') {
+    std::size_t end = at;
+    while (end < text.size() && IsNameByte(text[end])) ++end;
+    parts.base += text.substr(at, end - at);
+    at = end;
+    if (at == text.size() || text[at] == '*') break;
     const bool keywordBlank = text.substr(at).starts_with(kKeywordBlank);
-    if (keywordBlank || IsBlank(text[at])) {
-      if (!parts.base.empty()) parts.gaps.push_back(parts.base.size());
-      at += keywordBlank ? kKeywordBlank.size() : 1;
-      continue;
-    }
-    if (!IsNameByte(text[at])) return std::nullopt;
-    parts.base += text[at++];
+    if (!keywordBlank && !IsBlank(text[at])) return std::nullopt;
+    if (!parts.base.empty()) parts.gaps.push_back(parts.base.size());
+    at += keywordBlank ? kKeywordBlank.size() : 1;
   }
   if (parts.base.empty()) return std::nullopt;
   while (at < text.size()) {
