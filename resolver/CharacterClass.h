@@ -61,6 +61,10 @@ constexpr bool IsOf(char c, unsigned classes) {
   return (kClassesOfCharacter[static_cast<unsigned char>(c)] & classes) != 0;
 }
 
+constexpr bool IsDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
 /// Where the first character at or behind `from` is that is (`wanted`) or is not of the classes.
 constexpr std::size_t FindClass(std::string_view text, std::size_t from, unsigned classes,
                                 bool wanted = true) {

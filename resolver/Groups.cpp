@@ -40,10 +40,6 @@ class Nesting {
   bool regular_ = true;
 };
 
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
-
 /// Do these texts put what is between them in brackets of an operand, in the first ones or, if
 /// brackets open and close `inTurn`, in further ones? Not of an operand with marks in it, which are
 /// read before brackets are joined, nor of one behind a parenthesis: an empty group vanishes and
@@ -56,7 +52,7 @@ bool IsSubscript(std::string_view before, std::string_view behind, unsigned deli
   if (inTurn) {
     // Of a row of them the last has been looked at, and walked back from to the operand: had it not
     // been a subscript, it would not be a number now.
-    if (behind.starts_with("][")) return behind.size() > 2 && IsDigit(behind[2]);
+    if (behind.starts_with("][")) return behind.size() > 2 && resolver::IsDigit(behind[2]);
     while (before.ends_with("][")) {
       before = before.substr(0, before.rfind('[', before.size() - 2) + 1);
     }

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
 #include "resolver/ValueText.h"
 
@@ -19,7 +20,7 @@ struct SubResult {
 /// Takes the digits that `*text` begins with.
 inline std::string_view TakeDigits(std::string_view* text) {
   std::size_t count = 0;
-  while (count < text->size() && (*text)[count] >= '0' && (*text)[count] <= '9') ++count;
+  while (count < text->size() && IsDigit((*text)[count])) ++count;
   const std::string_view digits = text->substr(0, count);
   text->remove_prefix(count);
   return digits;

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "resolver/CharacterClass.h"
 #include "resolver/Markers.h"
 #include "resolver/StringParametersResolving.h"
 
@@ -11,10 +12,6 @@ namespace {
 // The order decides which of two keywords wins that start at the same place.
 constexpr std::array<std::string_view, 8> kBasicTypeKeywords = {
     "double", "float", "long", "int", "short", "char", "unsigned", "signed"};
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 /// Is there a blank before the first letter of a basic type keyword? Most blanks stand around
 /// operators; looking for the keywords took a tenth of `(x+1)*(x-2)/3 + a[2]`.
@@ -51,7 +48,8 @@ void ProtectExponents(std::string* text, const char* delimiters, std::string_vie
         std::string_view(*text).substr(scanned, at - scanned).find_last_of(delimiters);
     if (delimiter != std::string_view::npos) token = scanned + delimiter + 1;
     scanned = at;
-    if (token < at && IsDigit((*text)[token])) text->replace(at, exponent.size(), replacement);
+    if (token < at && resolver::IsDigit((*text)[token]))
+      text->replace(at, exponent.size(), replacement);
   }
 }
 
@@ -101,7 +99,8 @@ bool TStringResolver::CheckFloatingPointStr(std::string* text) {
 
 void TStringResolver::ProtectPoints(std::string* text) {
   for (std::size_t at = text->find('.', 1); at != std::string::npos; at = text->find('.', at + 1)) {
-    if (at + 1 < text->size() && IsDigit((*text)[at + 1])) (*text)[at] = resolver::kProtectedPoint;
+    if (at + 1 < text->size() && resolver::IsDigit((*text)[at + 1]))
+      (*text)[at] = resolver::kProtectedPoint;
   }
 }
 

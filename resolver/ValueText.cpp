@@ -9,6 +9,8 @@
 #include <limits>
 #include <system_error>
 
+#include "resolver/CharacterClass.h"
+
 namespace resolver {
 namespace {
 
@@ -25,10 +27,6 @@ constexpr std::array<char, 200> kPairsOfDigits = [] {
   }
   return pairs;
 }();
-
-bool IsDigit(char c) {
-  return c >= '0' && c <= '9';
-}
 
 std::string_view SkipWhiteSpace(std::string_view text) {
   const std::size_t start = text.find_first_not_of(" \t\n\v\f\r");

@@ -3,6 +3,8 @@
 #include <optional>
 #include <unordered_map>
 
+#include "targets/DwarfEntries.h"
+
 namespace targets {
 namespace {
 
@@ -45,30 +47,42 @@ struct Scanned {
   std::optional<Dwarf_Attribute> location;
 };
 
-int ScanAttribute(Dwarf_Attribute* attribute, void* argument) {
-  Scanned& scanned = *static_cast<Scanned*>(argument);
-  switch (dwarf_whatattr(attribute)) {
+bool IsScanned(unsigned int name) {
+  switch (name) {
     case DW_AT_name:
-      scanned.name = dwarf_formstring(attribute);
-      if (scanned.name == nullptr) scanned.failed = true;
+    case DW_AT_external:
+    case DW_AT_declaration:
+    case DW_AT_specification:
+    case DW_AT_abstract_origin:
+    case DW_AT_location:
+      return true;
+    default:
+      return false;
+  }
+}
+
+void ScanAttribute(Dwarf_Attribute& attribute, Scanned* scanned) {
+  switch (attribute.code) {
+    case DW_AT_name:
+      scanned->name = dwarf_formstring(&attribute);
+      if (scanned->name == nullptr) scanned->failed = true;
       break;
     case DW_AT_external:
-      if (dwarf_formflag(attribute, &scanned.isExternal) != 0) scanned.failed = true;
+      if (dwarf_formflag(&attribute, &scanned->isExternal) != 0) scanned->failed = true;
       break;
     case DW_AT_declaration:
-      if (dwarf_formflag(attribute, &scanned.isDeclaration) != 0) scanned.failed = true;
+      if (dwarf_formflag(&attribute, &scanned->isDeclaration) != 0) scanned->failed = true;
       break;
     case DW_AT_specification:
     case DW_AT_abstract_origin:
-      scanned.origin = *attribute;
+      scanned->origin = attribute;
       break;
     case DW_AT_location:
-      scanned.location = *attribute;
+      scanned->location = attribute;
       break;
     default:
       break;
   }
-  return DWARF_CB_OK;
 }
 
 /// Is this the location of something that exists once, in memory or per thread? Automatic variables
@@ -94,6 +108,7 @@ class UnitWalk {
       : file_(file),
         units_(units),
         unit_(unit),
+        entries_(file, units.At(unit).root, units.At(unit).end, IsScanned),
         table_(table),
         common_(common),
         declared_(units.At(unit).name.empty() ? common : &own_) {}
@@ -119,26 +134,25 @@ class UnitWalk {
 
   template <typename Enters, typename Visit>
   void Walk(Enters enters, Visit visit) {
-    std::optional<Dwarf_Die> die = file_.Child(units_.At(unit_).root);
+    std::optional<Dwarf_Die> die = entries_.Child(units_.At(unit_).root);
     std::optional<Dwarf_Die> last;
     while (die || !levels_.empty()) {
       if (die && levels_.empty()) last = die;
       if (!die) {
         const Level level = levels_.back();
         levels_.pop_back();
-        die = file_.Sibling(level.die);
+        die = entries_.Sibling(level.die);
         continue;
       }
-      const int tag = file_.Tag(*die);
+      const int tag = entries_.Tag(*die);
       visit(*die, tag);
-      Dwarf_Die parent = *die;
-      if (enters(tag) && dwarf_haschildren(&parent) > 0) {
+      if (enters(tag) && entries_.HasChildren(*die)) {
         if (levels_.size() == kDeepestNesting) file_.Broken(*die, "entries are nested too deeply");
         const bool named = tag != DW_TAG_namespace || !file_.Name(*die).empty();
         levels_.push_back({*die, tag, named});
-        die = file_.Child(*die);
+        die = entries_.Child(*die);
       } else {
-        die = file_.Sibling(*die);
+        die = entries_.Sibling(*die);
       }
     }
     if (last) file_.CheckReachesEnd(*last, units_.At(unit_).end);
@@ -168,11 +182,10 @@ class UnitWalk {
     const std::optional<EntryKind> kind = KindOf(tag);
     if (!kind) return;
     DwarfFile::ForgetErrors();
-    Dwarf_Die copy = die;
     Scanned scanned;
-    if (dwarf_getattrs(&copy, ScanAttribute, &scanned, 0) == -1 || scanned.failed) {
-      file_.Broken(die, dwarf_errmsg(-1));
-    }
+    entries_.VisitAttributes(
+        die, [&scanned](Dwarf_Attribute& attribute) { ScanAttribute(attribute, &scanned); });
+    if (scanned.failed) file_.Broken(die, dwarf_errmsg(-1));
     IndexEntry entry;
     entry.die = die.addr;
     entry.owner = owner;
@@ -219,8 +232,8 @@ class UnitWalk {
 
   void IndexEnumerators(const Dwarf_Die& type, IndexEntry entry) {
     entry.kind = EntryKind::kEnumerator;
-    for (auto die = file_.Child(type); die; die = file_.Sibling(*die)) {
-      if (file_.Tag(*die) != DW_TAG_enumerator) continue;
+    for (auto die = entries_.Child(type); die; die = entries_.Sibling(*die)) {
+      if (entries_.Tag(*die) != DW_TAG_enumerator) continue;
       entry.die = die->addr;
       if (const std::string_view name = file_.Name(*die); !name.empty()) table_->Add(name, entry);
     }
@@ -229,6 +242,7 @@ class UnitWalk {
   const DwarfFile& file_;
   const DwarfUnits& units_;
   std::uint32_t unit_;
+  DwarfEntries entries_;
   IndexTable* table_;
   Declarations* common_;
   Declarations own_;

@@ -2,9 +2,9 @@
 #define STRINGRESOLVER_TARGETS_DWARFINDEX_H
 
 #include <cstdint>
+#include <deque>
 #include <string_view>
 #include <unordered_set>
-#include <vector>
 
 #include "targets/DwarfFile.h"
 #include "targets/DwarfUnits.h"
@@ -41,7 +41,7 @@ struct IndexEntry {
 /// Entries by name, in the order of the debug information.
 struct IndexTable {
   NameTable names;
-  std::vector<IndexEntry> entries;
+  std::deque<IndexEntry> entries;
   /// Entries that another one completes: the same thing, with less known about it.
   std::unordered_set<DieAddress> completed;
 
