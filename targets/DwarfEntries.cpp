@@ -9,6 +9,9 @@ namespace {
 /// Compilers number abbreviations from 1 up; a large unit has a few hundred.
 constexpr std::uint64_t kMostShapes = 4096;
 
+/// More than any compiler gives an entry. libdw counts to an attribute from the first one.
+constexpr std::size_t kMostAttributes = 64;
+
 /// Reads a LEB128 number that fits 63 bits; null when it does not or runs over the end.
 const unsigned char* ReadNumber(const unsigned char* at, const unsigned char* end,
                                 std::uint64_t* number) {
@@ -61,14 +64,12 @@ std::optional<std::uint32_t> DwarfEntries::SizeOf(unsigned int form) const {
       return 3;
     case DW_FORM_data4:
     case DW_FORM_ref4:
-    case DW_FORM_ref_sup4:
     case DW_FORM_strx4:
     case DW_FORM_addrx4:
       return 4;
     case DW_FORM_data8:
     case DW_FORM_ref8:
     case DW_FORM_ref_sig8:
-    case DW_FORM_ref_sup8:
       return 8;
     case DW_FORM_data16:
       return 16;
@@ -129,21 +130,19 @@ DwarfEntries::Shape DwarfEntries::Describe(Dwarf_Die die) const {
   Shape shape;
   shape.tag = file_.Tag(die);
   shape.hasChildren = dwarf_haschildren(&die) > 0;
+  shape.namesSibling = shape.hasChildren;
   // Set by the question before.
   shape.abbreviation = die.abbrev;
-  std::size_t count = 0;
-  if (dwarf_getattrcnt(shape.abbreviation, &count) != 0) return shape;
-  for (std::size_t i = 0; i < count; ++i) {
+  // The list ends with two zeros, of which only one is an error that libdw has to name.
+  for (std::size_t i = 0; i <= kMostAttributes; ++i) {
     Step step;
-    if (dwarf_getabbrevattr_data(shape.abbreviation, i, &step.name, &step.form, nullptr, nullptr) !=
-        0) {
-      // The zeros that end the list are counted as well.
-      if (i + 1 == count) break;
-      return shape;
-    }
+    shape.isPlain = dwarf_getabbrevattr_data(shape.abbreviation, i, &step.name, &step.form, nullptr,
+                                             nullptr) != 0;
+    if (shape.isPlain || step.name == 0 || step.form == 0) break;
+    shape.namesSibling = shape.namesSibling || step.name == DW_AT_sibling;
     step.isWanted = wanted_(step.name);
     // Its value is not among the entry's bytes.
-    if (step.isWanted && step.form == DW_FORM_implicit_const) return shape;
+    if (step.isWanted && step.form == DW_FORM_implicit_const) break;
     const std::optional<std::uint32_t> size = SizeOf(step.form);
     step.varies = !size;
     step.size = size.value_or(0);
@@ -154,7 +153,6 @@ DwarfEntries::Shape DwarfEntries::Describe(Dwarf_Die die) const {
     step.before = std::exchange(shape.rest, 0);
     shape.steps.push_back(step);
   }
-  shape.isPlain = true;
   return shape;
 }
 
@@ -201,8 +199,7 @@ std::optional<Dwarf_Die> DwarfEntries::EntryAt(Bytes at, const Dwarf_Die& siblin
 
 std::optional<Dwarf_Die> DwarfEntries::Sibling(const Dwarf_Die& die) {
   const Place& place = Find(die);
-  // An entry with children says where the next one is, or they have to be walked over.
-  if (place.end == nullptr || place.end == end_ || place.shape->hasChildren) {
+  if (place.end == nullptr || place.end == end_ || place.shape->namesSibling) {
     return file_.Sibling(die);
   }
   return EntryAt(place.end, die);

@@ -72,6 +72,8 @@ class DwarfEntries {
     Dwarf_Abbrev* abbreviation = nullptr;
     int tag = 0;
     bool hasChildren = false;
+    /// It says where the next entry is, or its children have to be walked over.
+    bool namesSibling = false;
     /// All its forms can be stepped over here.
     bool isPlain = false;
     std::vector<Step> steps;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <functional>
 #include <set>
 #include <system_error>
 
@@ -102,7 +103,23 @@ bool IsPartial(const Dwarf_Die& root) {
   return dwarf_tag(&copy) == DW_TAG_partial_unit;
 }
 
-DieAddress EndOf(const Dwarf_Die& root) {
+/// The section around `address` as it is in memory; empty when libdw keeps its bytes elsewhere.
+std::string_view SectionAround(Elf* elf, DieAddress address) {
+  const char* const at = static_cast<const char*>(address);
+  for (Elf_Scn* section = elf_nextscn(elf, nullptr); section != nullptr;
+       section = elf_nextscn(elf, section)) {
+    const Elf_Data* const data = elf_rawdata(section, nullptr);
+    if (data == nullptr || data->d_buf == nullptr) continue;
+    const std::string_view bytes(static_cast<const char*>(data->d_buf), data->d_size);
+    if (std::less_equal<>()(bytes.data(), at) && std::less<>()(at, bytes.data() + bytes.size())) {
+      return bytes;
+    }
+  }
+  return {};
+}
+
+/// `*section` is the section of the unit before, and becomes that of this one.
+DieAddress EndOf(const Dwarf_Die& root, std::string_view* section) {
   Dwarf_Die die = root;
   const Dwarf_Off offset = dwarf_dieoffset(&die);
   const Dwarf_Off start = offset - dwarf_cuoffset(&die);
@@ -114,7 +131,16 @@ DieAddress EndOf(const Dwarf_Die& root) {
   // Type units of DWARF 4 lie in a section of their own, where this offset belongs to another unit.
   Dwarf_Die same{};
   if (dwarf_offdie(dwarf, offset, &same) == nullptr || same.addr != die.addr) return nullptr;
-  return next <= offset ? nullptr : static_cast<const char*>(die.addr) + (next - offset);
+  const char* const at = static_cast<const char*>(die.addr);
+  const auto holdsUnit = [&] {
+    return std::less_equal<>()(section->data(), at) &&
+           std::less<>()(at, section->data() + section->size());
+  };
+  if (!holdsUnit()) *section = SectionAround(dwarf_getelf(dwarf), at);
+  if (!holdsUnit() || next <= offset) return nullptr;
+  // A damaged unit may say that it goes on behind its section.
+  const auto left = static_cast<Dwarf_Off>(section->data() + section->size() - at);
+  return at + std::min(next - offset, left);
 }
 
 }  // namespace
@@ -173,7 +199,7 @@ void DwarfUnits::AddSplit(const Dwarf_Die& skeleton) {
 void DwarfUnits::Add(const Dwarf_Die& root, const Dwarf_Die& named) {
   DwarfUnit unit;
   unit.root = root;
-  unit.end = EndOf(root);
+  unit.end = EndOf(root, &section_);
   if (file_.Tag(root) == DW_TAG_compile_unit) {
     unit.name = file_.Name(root);
     if (unit.name.empty()) unit.name = file_.Name(named);

@@ -80,6 +80,8 @@ class DwarfUnits {
   [[nodiscard]] std::string SimilarFiles(const std::string& name) const;
 
   const DwarfFile& file_;
+  /// The bytes of the section that the last unit lies in.
+  std::string_view section_;
   std::vector<DwarfUnit> units_;
   std::unordered_map<const Dwarf_CU*, std::uint32_t> numbers_;
 };
