@@ -9,9 +9,9 @@
 namespace resolver {
 
 // List entries that resolvers of this thread have left for the next ones. Hosts make a resolver for
-// each text, and making blocks and saved types and destroying them again was up to a sixth of what
-// such a one takes. A few are kept, which hold nothing of a host's: no types, and no texts that
-// took memory.
+// each text, and making blocks and saved types and destroying them again was a tenth of the time
+// that such a one takes. A few are kept, which hold nothing of a host's: no types, and no texts
+// that took memory.
 
 /// Moves a block to the end of `*blocks`, if one is left. Its types are default ones, its texts
 /// and the other fields are anything. False for none.

@@ -7,8 +7,8 @@
 namespace targets {
 namespace {
 
-/// A command evaluates one expression, for which it looks up a few names. To search for these is
-/// cheaper than to build chains, which takes as long as some fifty searches.
+/// A command evaluates one expression, for which it looks up a few names. They are searched for:
+/// building chains took a sixth of the time in which 10 MB of debug information are opened.
 constexpr std::uint32_t kMostSearches = 16;
 
 std::uint32_t HashOf(std::string_view name) {
