@@ -32,8 +32,8 @@ foreach(name libstdc++.so.6 libm.so.6 libgcc_s.so.1 libc.so.6)
   symbols(names --dynamic --defined-only ${path})
   list(APPEND runtime ${names})
 endforeach()
-# The linker and every program's start give these.
-list(APPEND runtime __dso_handle)
+# The linker, every program's start and the loader give these.
+list(APPEND runtime __dso_handle __tls_get_addr)
 
 foreign_symbols(foreign ${LIBRARY})
 if(foreign)
