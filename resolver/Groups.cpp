@@ -1,7 +1,6 @@
 // Groups: what stands in parentheses, and in brackets, is evaluated first, the last and innermost
 // one before all others, and takes part in the rest as an encoded sub-result.
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -13,7 +12,6 @@
 #include "resolver/Markers.h"
 #include "resolver/Owed.h"
 #include "resolver/StringParametersResolving.h"
-#include "resolver/SubResult.h"
 #include "resolver/ValueText.h"
 
 namespace {

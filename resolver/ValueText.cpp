@@ -209,12 +209,6 @@ float ReadFloat(std::string_view text) {
   return ReadFloatingNumber<float>(text);
 }
 
-std::string WriteUnsigned(std::uint64_t value) {
-  std::string text;
-  WriteUnsigned(value, &text);
-  return text;
-}
-
 std::string_view WriteUnsigned(std::uint64_t value, Digits* digits) {
   const std::size_t end = digits->size() - 1;
   (*digits)[end] = '\0';

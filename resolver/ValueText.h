@@ -25,8 +25,6 @@ bool ReadDigits(std::string_view text, std::uint64_t* value);
 double ReadDouble(std::string_view text);
 float ReadFloat(std::string_view text);
 
-std::string WriteUnsigned(std::uint64_t value);
-
 /// Writes the number in place of `*text`.
 void WriteUnsigned(std::uint64_t value, std::string* text);
 

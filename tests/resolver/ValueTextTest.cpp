@@ -135,7 +135,8 @@ void CheckWritten(double value) {
 TEST(ValueText, WritesLikeAStream) {
   for (const std::uint64_t value :
        {std::uint64_t{0}, std::uint64_t{7}, std::uint64_t{1} << 63U, ~std::uint64_t{0}}) {
-    EXPECT_EQ(resolver::WriteUnsigned(value), ToStream(value));
+    resolver::Digits digits;
+    EXPECT_EQ(resolver::WriteUnsigned(value, &digits), ToStream(value));
   }
   const double infinity = std::numeric_limits<double>::infinity();
   for (const double value :
