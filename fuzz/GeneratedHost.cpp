@@ -1,7 +1,6 @@
 #include "fuzz/GeneratedHost.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "fuzz/Require.h"
 #include "tests/support/Numeral.h"
@@ -119,10 +118,7 @@ DataLableType GeneratedHost::TakeRecord(ByteSource* bytes) const {
     pending[next]->Members.resize(members);
     for (DataLableType& member : pending[next]->Members) pending.push_back(&member);
   }
-  for (std::size_t i = 0; i < stars; ++i) {
-    DataLableType pointer = std::move(record).FormPointer();
-    record.Swap(pointer);
-  }
+  for (std::size_t i = 0; i < stars; ++i) record.BecomePointer();
   return record;
 }
 

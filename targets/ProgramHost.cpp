@@ -152,10 +152,7 @@ DataLableType ProgramHost::GetTypeDescription(std::string typeName, bool* unknow
     // What is no type name may be the name of a record that this host gave to the resolver.
     if (!name) name = TypeName{std::move(typeName), 0};
     if (std::optional<DataLableType> type = labels_.FindType(name->base)) {
-      for (std::size_t star = 0; star < name->stars; ++star) {
-        DataLableType pointer = std::move(*type).FormPointer();
-        type->Swap(pointer);
-      }
+      for (std::size_t star = 0; star < name->stars; ++star) type->BecomePointer();
       return std::move(*type);
     }
   } catch (const Error& error) {
