@@ -13,9 +13,8 @@ namespace {
 constexpr int kAccessRow = 1;
 constexpr int kMergeRow = 3;
 
-/// A field's name to look for. Names of a structure's fields are alike at their
-/// start: the last two characters tell most apart. The one of a short name has its terminator for
-/// the second.
+/// A field's name to look for. Names of a structure's fields are alike at their start: the last two
+/// characters tell most apart. A name of one character has its terminator for the second.
 class Sought {
  public:
   explicit Sought(std::string_view name)

@@ -13,11 +13,12 @@ namespace resolver {
 // that such a one takes. A few are kept, which hold nothing of a host's: no types, and no texts
 // that took memory.
 
-/// Moves a block to the end of `*blocks`, if one is left. Its types are default ones, its texts
-/// and the other fields are anything. False for none.
+/// Moves a block to the end of `*blocks`, if one is left; whatever its fields say is to be
+/// overwritten. False for none.
 bool TakeSpareBlock(std::list<AreaBlock>* blocks) noexcept;
 
-/// Moves an entry, a default one, to the end of `*types`, if one is left. False for none.
+/// Moves an entry to the end of `*types`, if one is left, to be overwritten as well. False for
+/// none.
 bool TakeSpareType(std::list<DataLableType>* types) noexcept;
 
 /// Empties the list, and keeps entries of it for resolvers to come.

@@ -43,7 +43,7 @@ bool TStringResolver::RegisterType(std::string* text) {
   return unknown;
 }
 
-/// A default entry at the end of the saved types.
+/// One more entry of the saved types, to be overwritten.
 DataLableType& TStringResolver::AddSavedType() {
   if (!resolver::TakeSpareType(&savedTypes)) savedTypes.emplace_back();
   return savedTypes.back();
